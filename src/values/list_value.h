@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// A list is an array whose elements each own one other value of any kind. It
+// has the shape fields, the index codes and the joins of every array, and no
+// arithmetic.
+
+#include "values/jmatrix.h"
+
+namespace vorpen {
+
+/// Owns a value, possibly none; copying makes a deep copy.
+class ListItem {
+public:
+    ListItem() = default;
+    explicit ListItem(std::unique_ptr<Value> value) : value_(std::move(value)) {}
+    ListItem(const ListItem& other) : value_(copyOf(other)) {}
+    ListItem(ListItem&&) noexcept = default;
+    ListItem& operator=(const ListItem& other) {
+        if (this != &other) value_ = copyOf(other);
+        return *this;
+    }
+    ListItem& operator=(ListItem&&) noexcept = default;
+
+    [[nodiscard]] Value* get() const { return value_.get(); }
+    void set(std::unique_ptr<Value> value) { value_ = std::move(value); }
+    [[nodiscard]] int itemSize() const { return value_ ? value_->size() : 0; }
+
+private:
+    static std::unique_ptr<Value> copyOf(const ListItem& other) {
+        return other.value_ ? newValueCopy(*other.value_) : nullptr;
+    }
+    std::unique_ptr<Value> value_;
+};
+
+class ListValue final : public JMatrix<ListItem> {
+public:
+    ListValue() : JMatrix(LIST_VAL) {}
+    using JMatrix::operator=;
+
+    void assignSame(const Value& source) override;
+    void assignString(std::string_view text) override;
+    void assignDouble(double x) override;
+    void assignInt(int i) override;
+    void stringItem(std::string& out, int i, int precision) const override;
+    void toString(std::string& out) const override;
+    void logicalNot() override {}
+    void negate() override {}
+
+    /// Appends an empty item of a kind; the list is a column after this.
+    Value& appendItem(int type);
+};
+
+}  // namespace vorpen
