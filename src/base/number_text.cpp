@@ -48,8 +48,7 @@ char* tidyExponent(char* first, char* last) {
 
 /// Writes a finite number; the buffer must be long enough.
 char* writeFinite(char* first, char* last, double x, int precision) {
-    return tidyExponent(
-        first, std::to_chars(first, last, x, std::chars_format::general, precision).ptr);
+    return tidyExponent(first, std::to_chars(first, last, x, std::chars_format::general, precision).ptr);
 }
 
 /// Powers of ten up to the last that is below 2^53.
@@ -83,8 +82,7 @@ void appendDoubleText(std::string& text, double x, int precision) {
     } else {
         const std::size_t start = text.size();
         text.resize(start + static_cast<std::size_t>(precision) + shortTextSize);
-        const char* const end =
-            writeFinite(text.data() + start, text.data() + text.size(), x, precision);
+        const char* const end = writeFinite(text.data() + start, text.data() + text.size(), x, precision);
         text.resize(static_cast<std::size_t>(end - text.data()));
     }
 }
