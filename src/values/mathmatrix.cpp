@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "base/blas_loader.h"
 #include "base/errors.h"
 #include "base/number_text.h"
 #include "values/kernels.h"
@@ -123,6 +124,7 @@ void productLoop(T* out, const T* left, const T* right, int m, int k, int n) {
 }
 
 void productByBlas(double* out, const double* left, const double* right, int m, int k, int n) {
+    requireBlas();
     // A stored column is a row to this interface, so the call multiplies the
     // transposes in exchanged order.
     const auto a = gsl_matrix_const_view_array(right, n, k);

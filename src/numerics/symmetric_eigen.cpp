@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "numerics/symmetric_eigen.h"
+
+#include <gsl/gsl_eigen.h>
+#include <gsl/gsl_matrix.h>
+#include <gsl/gsl_vector.h>
+
+#include <memory>
+#include <new>
+#include <utility>
+
+#include "base/errors.h"
+#include "base/blas_loader.h"
+#include "numerics/gsl_errors.h"
+
+namespace vorpen {
+namespace {
+
+template <auto free>
+struct Free {
+    template <typename T>
+    void operator()(T* object) const {
+        free(object);
+    }
+};
+
+template <typename T, auto free>
+using GslPointer = std::unique_ptr<T, Free<free>>;
+
+template <typename T, auto free>
+GslPointer<T, free> owned(T* object) {
+    if (!object) throw std::bad_alloc();
+    return GslPointer<T, free>(object);
+}
+
+/// GSL stores by row and reads the lower triangle, so the storage is transposed
+/// for it.
+gsl_matrix_view transposedForGsl(std::span<double> matrix, std::size_t n) {
+    for (std::size_t j = 0; j < n; ++j)
+        for (std::size_t i = 0; i < j; ++i) std::swap(matrix[i + j * n], matrix[j + i * n]);
+    return gsl_matrix_view_array(matrix.data(), n, n);
+}
+
+void prepareGsl() {
+    installGslErrorHandler();
+    requireBlas();
+}
+
+}  // namespace
+
+std::vector<double> symmetricEigenvalues(std::span<double> matrix, std::size_t rows) {
+    Require(rows * rows == matrix.size(), "non-square matrix", "eigval");
+    std::vector<double> values(rows);
+    if (rows == 0) return values;
+    prepareGsl();
+    const OneBlasThread guard;
+    gsl_matrix_view a = transposedForGsl(matrix, rows);
+    gsl_vector_view eval = gsl_vector_view_array(values.data(), rows);
+    const auto workspace = owned<gsl_eigen_symm_workspace, gsl_eigen_symm_free>(gsl_eigen_symm_alloc(rows));
+    gsl_eigen_symm(&a.matrix, &eval.vector, workspace.get());
+    return values;
+}
+
+EigenSystem symmetricEigenSystem(std::span<double> matrix, std::size_t rows) {
+    Require(rows * rows == matrix.size(), "non-square matrix", "eigen-system");
+    EigenSystem system{std::vector<double>(rows), std::vector<double>(rows * rows)};
+    if (rows == 0) return system;
+    prepareGsl();
+    const OneBlasThread guard;
+    gsl_matrix_view a = transposedForGsl(matrix, rows);
+    gsl_vector_view eval = gsl_vector_view_array(system.values.data(), rows);
+    std::vector<double> vectorsByRow(rows * rows);
+    gsl_matrix_view evec = gsl_matrix_view_array(vectorsByRow.data(), rows, rows);
+    const auto workspace =
+        owned<gsl_eigen_symmv_workspace, gsl_eigen_symmv_free>(gsl_eigen_symmv_alloc(rows));
+    gsl_eigen_symmv(&a.matrix, &eval.vector, &evec.matrix, workspace.get());
+    gsl_eigen_symmv_sort(&eval.vector, &evec.matrix, GSL_EIGEN_SORT_ABS_ASC);
+    for (std::size_t k = 0; k < rows; ++k)
+        for (std::size_t i = 0; i < rows; ++i)
+            system.vectors[i + k * rows] = gsl_matrix_get(&evec.matrix, i, k);
+    return system;
+}
+
+}  // namespace vorpen
