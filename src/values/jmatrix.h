@@ -29,7 +29,9 @@ constexpr bool isPlainItem = std::is_trivially_copyable_v<T>;
 template <class T>
 class JMatrix : public Value {
 public:
-    ~JMatrix() override { release(); }
+    ~JMatrix() override {
+        if (!isPlainItem<T> || capacity_ > 0) release();
+    }
     JMatrix(const JMatrix& other) : Value(other.valueType()) { copyElements(other); }
     JMatrix(JMatrix&& other) noexcept : Value(other.valueType()) { steal(other); }
     JMatrix& operator=(const JMatrix& other) {

@@ -1,0 +1,555 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "eval/block_program.h"
+
+#include <array>
+#include <cmath>
+#include <cstring>
+
+#include "base/errors.h"
+#include "base/parallel.h"
+#include "eval/elements.h"
+#include "eval/expression.h"
+#include "eval/function_elements.h"
+#include "eval/logical_table.h"
+#include "values/kernels.h"
+
+namespace vorpen {
+
+using Instruction = BlockProgram::Instruction;
+using Kind = BlockProgram::Kind;
+
+namespace {
+
+/// Elements in a block: the blocks of all intermediate results of an ordinary
+/// expression, and of what it reads, fit the first-level cache together.
+constexpr std::int64_t blockSize = 512;
+
+bool worksByElement(int code) { return isElementwise(code) || hasLogicalEntry(code); }
+
+double applyCode(int code, double a, double b) {
+    return isElementwise(code) ? applyOperator(code, a, b) : applyLogical(code, a, b);
+}
+
+char failureLetter(int code) { return isElementwise(code) ? operatorLetter(code) : 'i'; }
+
+}  // namespace
+
+// ---- building
+
+class ProgramBuilder {
+public:
+    explicit ProgramBuilder(BlockProgram& program) : program_(program) {}
+
+    void emitRoot(const Evaluatable& root) {
+        if (const auto* function = dynamic_cast<const SimpleFuncElement*>(&root))
+            emitFunction(*function);
+        else
+            emitExpression(static_cast<const Expression&>(root));
+        noteLaterChanges();
+    }
+
+private:
+    void push(Instruction instruction) {
+        program_.code_.push_back(instruction);
+        program_.stackDepth_ = std::max(program_.stackDepth_, ++depth_);
+    }
+
+    void emitOperator(int code, bool integerOperand) {
+        auto& code_ = program_.code_;
+        Instruction& last = code_.back();
+        --depth_;
+        // A right operand that was just pushed is taken along by the operator.
+        const bool single = lastPush_ == code_.size() - 1 && code_.size() > 1;
+        if (single && last.kind == Kind::pushDouble)
+            last.kind = Kind::operateDouble;
+        else if (single && last.kind == Kind::pushNumber)
+            last.kind = Kind::operateNumber;
+        else
+            code_.push_back(Instruction{.kind = Kind::operate, .variable = nullptr});
+        code_.back().op = static_cast<unsigned char>(code);
+        code_.back().integerOperand = integerOperand;
+    }
+
+    void emitOperand(Evaluatable& operand) {
+        if (const auto* variable = dynamic_cast<const ValueElement*>(&operand)) {
+            emitVariable(variable->variable());
+        } else if (const auto* number = dynamic_cast<const NumberElement*>(&operand)) {
+            emitConstant(operand, *number);
+        } else if (const auto* function = dynamic_cast<const SimpleFuncElement*>(&operand)) {
+            emitFunction(*function);
+        } else if (const auto* inner = dynamic_cast<const Expression*>(&operand);
+                   inner && inner->type() == DOUBLE_VAL && BlockProgram::applies(*inner)) {
+            emitExpression(*inner);
+        } else if (const auto* unary = dynamic_cast<const UnaryOpElement*>(&operand);
+                   unary && unary->op() == '-' && unary->type() == DOUBLE_VAL) {
+            emitOperand(unary->inner());
+            program_.code_.push_back(Instruction{.kind = Kind::negate, .variable = nullptr});
+        } else if (auto* widened = dynamic_cast<IntToDoubleElement*>(&operand)) {
+            emitOperand(widened->inner());
+        } else {
+            pushNode(operand);
+        }
+    }
+
+    void pushNode(Evaluatable& node) {
+        program_.hasNodes_ = true;
+        push(Instruction{.kind = Kind::pushNode, .node = &node});
+    }
+
+    void emitVariable(Value* variable) {
+        lastPush_ = program_.code_.size();
+        const Kind kind = variable->valueType() == DOUBLE_VAL ? Kind::pushDouble : Kind::pushInt;
+        push(Instruction{.kind = kind, .variable = variable});
+    }
+
+    void emitConstant(Evaluatable& node, const NumberElement& number) {
+        const Value& value = number.value();
+        if (!travelsAsScalar(value)) return pushNode(node);
+        lastPush_ = program_.code_.size();
+        push(Instruction{.kind = Kind::pushNumber, .mark = value.mark(), .number = value.doubleValue()});
+    }
+
+    void emitFunction(const SimpleFuncElement& function) {
+        emitOperand(function.inner());
+        program_.code_.push_back(Instruction{.kind = Kind::call, .body = function.body()});
+        program_.threadSafe_ &= function.threadSafe();
+    }
+
+    void emitExpression(const Expression& expression) {
+        const bool mixed = dynamic_cast<const SimpleMixedTypeExpression*>(&expression) != nullptr;
+        std::size_t next = 0;
+        emitLevel(expression.items(), next, OP_END >> 3, mixed);
+    }
+
+    /// Emits the operands from `next` on that operators below `level` join.
+    void emitLevel(const ExpressionItems& items, std::size_t& next, int level, bool mixed) {
+        if (level == 0) return emitOperand(*items[next].operand);
+        emitLevel(items, next, level - 1, mixed);
+        while (items[next].op >> 3 == level - 1) {
+            const int code = items[next++].op;
+            const bool integer = mixed && code >> 3 == 1 && items[next].operand->type() == INTEGER_VAL;
+            emitLevel(items, next, level - 1, mixed);
+            emitOperator(code, integer);
+        }
+    }
+
+    /// An array variable is copied when an operand behind it is not pure.
+    void noteLaterChanges() {
+        bool changes = false;
+        for (auto at = program_.code_.rbegin(); at != program_.code_.rend(); ++at) {
+            at->copyArray = changes;
+            if (at->kind == Kind::pushNode) changes = changes || !at->node->isPure();
+        }
+    }
+
+    BlockProgram& program_;
+    int depth_ = 0;
+    std::size_t lastPush_ = SIZE_MAX;
+};
+
+std::unique_ptr<BlockProgram> BlockProgram::compile(const Evaluatable& root) {
+    std::unique_ptr<BlockProgram> program(new BlockProgram);
+    ProgramBuilder(*program).emitRoot(root);
+    return program;
+}
+
+bool BlockProgram::applies(const Expression& expression) {
+    for (const ExpressionItem& item : expression.items())
+        if (item.op != OP_END && !worksByElement(item.op)) return false;
+    return expression.type() == DOUBLE_VAL;
+}
+
+namespace {
+
+// ---- running on arrays
+
+/// Where an array operation reads: memory, a block of an earlier result, or a
+/// number.
+struct Source {
+    enum Kind : unsigned char { number, doubles, integers, block } kind = number;
+    int blockIndex = 0;
+    const void* memory = nullptr;
+    double value = 0;
+};
+
+struct ArrayOperation {
+    enum Kind : unsigned char { operate, call, negate, copy } kind;
+    int code = 0;
+    double (*body)(double) = nullptr;
+    int target = 0;  ///< block that takes the result
+    Source a, b;
+};
+
+/// Something on the stack: its shape and where its elements are. One element
+/// is always known as a number.
+struct Entry {
+    int size = 1, nrow = 1, mark = 0;
+    bool integers = false;  ///< an integer array that has not been converted
+    Source source;
+};
+
+/// A list that seldom needs the heap.
+template <class T, int near>
+class ShortList {
+public:
+    T& push() {
+        if (count_ < near) return near_[count_++];
+        ++count_;
+        return far_.emplace_back();
+    }
+    T& operator[](int i) { return i < near ? near_[i] : far_[i - near]; }
+    [[nodiscard]] int size() const { return count_; }
+
+private:
+    std::array<T, near> near_{};
+    std::vector<T> far_;
+    int count_ = 0;
+};
+
+void runOperation(const ArrayOperation& operation, double* target, double* blocks, std::int64_t begin,
+                  std::int64_t n) {
+    double numbers[2];
+    int used = 0;
+    const auto resolve = [&](const Source& source) -> Operand {
+        switch (source.kind) {
+            case Source::number: numbers[used] = source.value; return {&numbers[used++], true};
+            case Source::block: return {blocks + source.blockIndex * blockSize, false};
+            default: return {static_cast<const double*>(source.memory) + begin, false};
+        }
+    };
+    switch (operation.kind) {
+        case ArrayOperation::operate: {
+            const Operand a = resolve(operation.a), b = resolve(operation.b);
+            if (isElementwise(operation.code)) return applyOperator(operation.code, target, a, b, n);
+            for (std::int64_t i = 0; i < n; ++i)
+                target[i] = applyLogical(operation.code, a.items[a.one ? 0 : i], b.items[b.one ? 0 : i]);
+            break;
+        }
+        case ArrayOperation::call: {
+            const double* from = resolve(operation.a).items;
+            for (std::int64_t i = 0; i < n; ++i) target[i] = operation.body(from[i]);
+            break;
+        }
+        case ArrayOperation::negate: {
+            const double* from = resolve(operation.a).items;
+            for (std::int64_t i = 0; i < n; ++i) target[i] = -from[i];
+            break;
+        }
+        case ArrayOperation::copy:
+            if (operation.a.kind == Source::integers) {
+                const int* from = static_cast<const int*>(operation.a.memory) + begin;
+                for (std::int64_t i = 0; i < n; ++i) target[i] = from[i];
+            } else {
+                const Operand from = resolve(operation.a);
+                std::memmove(target, from.items, sizeof(double) * n);
+            }
+    }
+}
+
+/// The second way of running: the operands that are left are evaluated and the
+/// shapes checked, then the operations run block by block.
+class ArrayRun {
+public:
+    explicit ArrayRun(Workspaces& workspaces) : workspaces_(workspaces) {}
+
+    void pushValue(const Value& value, bool copyArray) {
+        const Value& kept = copyArray && value.size() > 1 ? copyOf(value) : value;
+        Entry& entry = top(depth_++);
+        entry = Entry{kept.size(), kept.nrow(), kept.mark(), kept.valueType() == INTEGER_VAL, {}};
+        if (kept.size() == 1) {
+            entry.source.value = kept.doubleValue();
+        } else {
+            entry.source.kind = entry.integers ? Source::integers : Source::doubles;
+            entry.source.memory = entry.integers ? static_cast<const void*>(asInt(kept).data())
+                                                 : static_cast<const void*>(asDouble(kept).data());
+        }
+    }
+
+    void pushOutcome(Outcome outcome, bool copyArray) {
+        if (outcome.isScalar())
+            top(depth_++) = scalarEntry(outcome.number, outcome.mark());
+        else
+            pushValue(*outcome.value(), copyArray && !isOurs(outcome.value()));
+    }
+
+    /// Evaluates a node into a workspace of its own.
+    Outcome evaluateNode(Evaluatable& node) {
+        Workspace& workspace = workspaces_.add(node.type());
+        lastWorkspace_ = workspace.get();
+        return node.evaluate(workspace.get());
+    }
+
+    void noteWorkspace(const Value* workspace) { lastWorkspace_ = workspace; }
+
+    void operate(int code, bool integerOperand) {
+        const int at = depth_ - 2;
+        Entry& left = top(at);
+        Entry& right = top(at + 1);
+        --depth_;
+        if (right.size == 1) {
+            if (left.size == 1) {
+                left.source.value = applyCode(code, left.source.value, right.source.value);
+                return;
+            }
+        } else if (left.size == 1) {
+            left.size = right.size;
+            left.nrow = right.nrow;
+            if (integerOperand) left.mark = right.mark;
+        } else if (left.size != right.size || left.nrow != right.nrow) {
+            throw OperatorFailure{failureLetter(code)};
+        }
+        const Source a = readable(left, at), b = readable(right, at + 1);
+        ArrayOperation& operation = addOperation(ArrayOperation::operate, at);
+        operation.code = code;
+        operation.a = a;
+        operation.b = b;
+    }
+
+    void call(double (*body)(double)) {
+        Entry& entry = top(depth_ - 1);
+        if (entry.size == 1) {
+            entry.source.value = body(entry.source.value);
+            return;
+        }
+        const Source a = readable(entry, depth_ - 1);
+        ArrayOperation& operation = addOperation(ArrayOperation::call, depth_ - 1);
+        operation.body = body;
+        operation.a = a;
+    }
+
+    void negate() {
+        Entry& entry = top(depth_ - 1);
+        if (entry.size == 1) {
+            entry.source.value = -entry.source.value;
+            return;
+        }
+        const Source a = readable(entry, depth_ - 1);
+        addOperation(ArrayOperation::negate, depth_ - 1).a = a;
+    }
+
+    Outcome finish(Value* workspace, bool threadSafe) {
+        Entry& result = top(0);
+        if (result.size == 1) return finishScalar(result, workspace);
+        Require(workspace->valueType() == DOUBLE_VAL,
+                "!! Vorpen failure. Invoked with non-DOUBLE_VAL workspace. Please report this bug.",
+                "SimpleMixedTypeExpression::pValue");
+        if (operations_.size() == 0) {
+            const Source a = result.source;
+            addOperation(ArrayOperation::copy, 0).a = a;
+        }
+        workspace->setSizeShapeMark(result.size, result.nrow, result.mark);
+        runBlocks(asDouble(*workspace).data(), result.size, threadSafe);
+        return Outcome::of(workspace);
+    }
+
+private:
+    static Entry scalarEntry(double x, int mark) {
+        Entry entry;
+        entry.mark = mark;
+        entry.source.value = x;
+        return entry;
+    }
+
+    Entry& top(int at) {
+        while (stack_.size() <= at) stack_.push();
+        return stack_[at];
+    }
+
+    const Value& copyOf(const Value& value) {
+        Workspace& workspace = workspaces_.add(value.valueType());
+        workspace->copyFrom(value);
+        return *workspace;
+    }
+
+    /// A node that filled its own workspace answered with a private array.
+    bool isOurs(const Value* value) const { return value == lastWorkspace_; }
+
+    /// The elements of an entry as doubles; integers are converted first.
+    Source readable(Entry& entry, int at) {
+        if (entry.source.kind == Source::integers) {
+            const Source integers = entry.source;
+            addOperation(ArrayOperation::copy, at).a = integers;
+        }
+        return entry.source;
+    }
+
+    ArrayOperation& addOperation(ArrayOperation::Kind kind, int at) {
+        ArrayOperation& operation = operations_.push();
+        operation = ArrayOperation{.kind = kind, .target = at, .a = {}, .b = {}};
+        Entry& entry = top(at);
+        entry.source = Source{Source::block, at};
+        entry.integers = false;
+        blockCount_ = std::max(blockCount_, at + 1);
+        return operation;
+    }
+
+    static Outcome finishScalar(const Entry& result, Value* workspace) {
+        const double x = result.source.value;
+        if (result.nrow == 1 && static_cast<unsigned>(result.mark) < Outcome::markLimit)
+            return Outcome::scalar(x, result.mark);
+        storeScalar(workspace, x, result.mark);
+        workspace->setNrow(result.nrow);
+        return Outcome::of(workspace);
+    }
+
+    void runBlocks(double* out, std::int64_t n, bool threadSafe) {
+        const auto work = [this, out](std::int64_t begin, std::int64_t end) { runRange(out, begin, end); };
+        if (threadSafe && n >= parallelThreshold)
+            parallelFor(n, blockSize, work);
+        else
+            work(0, n);
+    }
+
+    void runRange(double* out, std::int64_t begin, std::int64_t end) {
+        constexpr int nearBlocks = 8;
+        alignas(64) double near[nearBlocks * blockSize];
+        std::vector<double> far;
+        double* blocks = near;
+        if (blockCount_ > nearBlocks) {
+            far.resize(blockCount_ * blockSize);
+            blocks = far.data();
+        }
+        const int last = operations_.size() - 1;
+        for (std::int64_t at = begin; at < end; at += blockSize) {
+            const std::int64_t n = std::min(blockSize, end - at);
+            for (int i = 0; i < last; ++i)
+                runOperation(operations_[i], blocks + operations_[i].target * blockSize, blocks, at, n);
+            runOperation(operations_[last], out + at, blocks, at, n);
+        }
+    }
+
+    Workspaces& workspaces_;
+    const Value* lastWorkspace_ = nullptr;
+    ShortList<Entry, 8> stack_;
+    int depth_ = 0;
+    ShortList<ArrayOperation, 16> operations_;
+    int blockCount_ = 0;
+};
+
+/// Runs an instruction whose operand, where it is a node, is evaluated here.
+void runInstruction(ArrayRun& run, const Instruction& in) {
+    switch (in.kind) {
+        case Kind::pushDouble:
+        case Kind::pushInt: run.pushValue(*in.variable, in.copyArray); break;
+        case Kind::pushNumber: run.pushOutcome(Outcome::scalar(in.number, in.mark), false); break;
+        case Kind::pushNode: run.pushOutcome(run.evaluateNode(*in.node), in.copyArray); break;
+        case Kind::call: run.call(in.body); break;
+        case Kind::negate: run.negate(); break;
+        case Kind::operate: run.operate(in.op, in.integerOperand); break;
+        case Kind::operateDouble:
+            run.pushValue(*in.variable, in.copyArray);
+            run.operate(in.op, in.integerOperand);
+            break;
+        case Kind::operateNumber:
+            run.pushOutcome(Outcome::scalar(in.number, in.mark), false);
+            run.operate(in.op, in.integerOperand);
+            break;
+    }
+}
+
+[[gnu::always_inline]] inline double applyNumbers(int code, double a, double b) {
+    switch (code) {
+        case OP_PLUS: return a + b;
+        case OP_MINUS: return a - b;
+        case OP_TIMES: return a * b;
+        case OP_DIVIDE: return a / b;
+        default: return applyCode(code, a, b);
+    }
+}
+
+bool isNumber(const Value& v) {
+    return v.size() == 1 && v.nrow() == 1 && static_cast<unsigned>(v.mark()) < Outcome::markLimit;
+}
+
+struct NumberEntry {
+    double number;
+    int mark;
+};
+
+/// The rest of a run from the instruction on that met an array. Kept out of
+/// line, so that the run on numbers stays small.
+[[gnu::noinline]] Outcome continueOnArrays(std::span<const Instruction> rest, std::span<const NumberEntry> stack,
+                                           const Outcome* node, const Value* nodeWorkspace,
+                                           Workspaces& workspaces, Value* workspace, bool threadSafe) {
+    ArrayRun run(workspaces);
+    for (const NumberEntry& entry : stack) run.pushOutcome(Outcome::scalar(entry.number, entry.mark), false);
+    if (node) {
+        run.noteWorkspace(nodeWorkspace);
+        run.pushOutcome(*node, rest.front().copyArray);
+        rest = rest.subspan(1);
+    }
+    for (const Instruction& in : rest) runInstruction(run, in);
+    return run.finish(workspace, threadSafe);
+}
+
+/// The workspaces of a program without nodes.
+struct NoWorkspaces {};
+
+/// Runs a program on numbers as long as there are no arrays. `bottom` has room
+/// for the program's stack.
+template <bool hasNodes>
+Outcome runOnNumbers(std::span<const Instruction> code, NumberEntry* bottom, Value* workspace, bool threadSafe) {
+    [[maybe_unused]] std::conditional_t<hasNodes, Workspaces, NoWorkspaces> workspaces;
+    NumberEntry* end = bottom;  // behind the top
+    const auto goOn = [&](const Instruction& at, const Outcome* node, const Value* nodeWorkspace) {
+        const auto rest = code.subspan(&at - code.data());
+        if constexpr (hasNodes) {
+            return continueOnArrays(rest, {bottom, end}, node, nodeWorkspace, workspaces, workspace, threadSafe);
+        } else {
+            Workspaces copies;
+            return continueOnArrays(rest, {bottom, end}, nullptr, nullptr, copies, workspace, threadSafe);
+        }
+    };
+    for (const Instruction& in : code) {
+        switch (in.kind) {
+            case Kind::pushDouble: {
+                const auto& v = static_cast<const DoubleValue&>(*in.variable);
+                if (!isNumber(v)) return goOn(in, nullptr, nullptr);
+                *end++ = {v[0], v.mark()};
+                break;
+            }
+            case Kind::pushInt:
+                if (!isNumber(*in.variable)) return goOn(in, nullptr, nullptr);
+                *end++ = {static_cast<double>(asInt(*in.variable)[0]), in.variable->mark()};
+                break;
+            case Kind::pushNumber: *end++ = {in.number, in.mark}; break;
+            case Kind::pushNode:
+                if constexpr (hasNodes) {
+                    Workspace& own = workspaces.add(in.node->type());
+                    const Outcome outcome = in.node->evaluate(own.get());
+                    if (!outcome.isScalar()) return goOn(in, &outcome, own.get());
+                    *end++ = {outcome.number, outcome.mark()};
+                }
+                break;
+            case Kind::call: end[-1].number = in.body(end[-1].number); break;
+            case Kind::negate: end[-1].number = -end[-1].number; break;
+            case Kind::operate:
+                --end;
+                end[-1].number = applyNumbers(in.op, end[-1].number, end->number);
+                break;
+            case Kind::operateDouble: {
+                const auto& v = static_cast<const DoubleValue&>(*in.variable);
+                if (!isNumber(v)) return goOn(in, nullptr, nullptr);
+                end[-1].number = applyNumbers(in.op, end[-1].number, v[0]);
+                break;
+            }
+            case Kind::operateNumber: end[-1].number = applyNumbers(in.op, end[-1].number, in.number); break;
+        }
+    }
+    return Outcome::scalar(bottom->number, bottom->mark);
+}
+
+}  // namespace
+
+Outcome BlockProgram::evaluate(Value* workspace) const {
+    constexpr int nearDepth = 16;
+    const auto run = hasNodes_ ? runOnNumbers<true> : runOnNumbers<false>;
+    if (stackDepth_ <= nearDepth) {
+        NumberEntry stack[nearDepth];
+        return run(code_, stack, workspace, threadSafe_);
+    }
+    std::vector<NumberEntry> stack(stackDepth_);
+    return run(code_, stack.data(), workspace, threadSafe_);
+}
+
+}  // namespace vorpen

@@ -1,0 +1,208 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "eval/comparison.h"
+
+#include "base/errors.h"
+#include "eval/indexing.h"
+
+namespace vorpen {
+namespace {
+
+template <class Work>
+void withComparison(int op, Work&& work) {
+    switch (op) {
+        case OP_LESS: return work([](auto a, auto b) { return a < b; });
+        case OP_LESS_EQUAL: return work([](auto a, auto b) { return a <= b; });
+        case OP_EQUAL: return work([](auto a, auto b) { return a == b; });
+        case OP_NOT_EQUAL: return work([](auto a, auto b) { return a != b; });
+        case OP_GREATER_EQUAL: return work([](auto a, auto b) { return a >= b; });
+        default: return work([](auto a, auto b) { return a > b; });
+    }
+}
+
+bool compareNumbers(int op, double a, double b) {
+    switch (op) {
+        case OP_LESS: return a < b;
+        case OP_LESS_EQUAL: return a <= b;
+        case OP_EQUAL: return a == b;
+        case OP_NOT_EQUAL: return a != b;
+        case OP_GREATER_EQUAL: return a >= b;
+        default: return a > b;
+    }
+}
+
+template <class L, class R, class F>
+void compareArrays(const L& left, const R& right, IntValue& out, F f) {
+    if (right.size() == 1) {
+        const auto r = right[0];
+        out.setSizeShapeMark(left.size(), left.nrow(), FORM_BOOL);
+        for (int i = 0; i < out.size(); ++i) out[i] = f(left[i], r);
+    } else if (left.size() == 1) {
+        const auto l = left[0];
+        out.setSizeShapeMark(right.size(), right.nrow(), FORM_BOOL);
+        for (int i = 0; i < out.size(); ++i) out[i] = f(l, right[i]);
+    } else {
+        Require(left.nrow() == right.nrow() && left.ncol() == right.ncol(), "incompatible matrix sizes");
+        out.setSizeShapeMark(left.size(), left.nrow(), FORM_BOOL);
+        const int n = std::min({out.size(), left.size(), right.size()});
+        for (int i = 0; i < n; ++i) out[i] = f(left[i], right[i]);
+    }
+}
+
+void compareValues(int op, const Value& left, const Value& right, IntValue& out) {
+    const bool li = left.valueType() == INTEGER_VAL, ri = right.valueType() == INTEGER_VAL;
+    withComparison(op, [&](auto f) {
+        if (li && ri)
+            compareArrays(asInt(left), asInt(right), out, f);
+        else if (li)
+            compareArrays(asInt(left), asDouble(right), out, f);
+        else if (ri)
+            compareArrays(asDouble(left), asInt(right), out, f);
+        else
+            compareArrays(asDouble(left), asDouble(right), out, f);
+    });
+}
+
+/// True for an operand whose values have no order: complex numbers and lists.
+bool hasNoOrder(Evaluatable& operand) {
+    if (operand.type() != UNKNOWN_VAL) return operand.type() > DOUBLE_VAL;
+    auto* item = dynamic_cast<ListItemElement*>(&operand);
+    return item && item->fetchItem().valueType() > DOUBLE_VAL;
+}
+
+/// One part of a comparison: a number, or an array that no later part can
+/// change.
+class Part {
+public:
+    Part(Evaluatable& element, bool laterPartsArePure) : workspace_(element.type()) {
+        outcome_ = element.evaluate(workspace_.get());
+        if (outcome_.isScalar() || outcome_.value() == workspace_.get() || laterPartsArePure) return;
+        workspace_->assign(*outcome_.value());
+        outcome_ = Outcome::of(workspace_.get());
+    }
+    [[nodiscard]] bool isScalar() const { return outcome_.isScalar(); }
+    [[nodiscard]] double number() const { return outcome_.number; }
+    [[nodiscard]] const Value& value() { return *valueOf(outcome_, workspace_.get()); }
+
+private:
+    Workspace workspace_;
+    Outcome outcome_;
+};
+
+Outcome emptyTruth(Value* workspace) {
+    workspace->setSizeShapeMark(0, 0, FORM_BOOL);
+    return Outcome::of(workspace);
+}
+
+/// Hands over the truth values of a comparison.
+Outcome deliver(IntValue& result, Value* workspace) {
+    if (travelsAsScalar(result)) return outcomeOf(&result);
+    if (workspace->valueType() == INTEGER_VAL)
+        asInt(*workspace).adopt(std::move(result));
+    else
+        workspace->assign(result);
+    return Outcome::of(workspace);
+}
+
+/// The value of a node of any kind, items of lists included.
+const Value& anyValue(Evaluatable& element, Workspace& workspace) {
+    if (auto* item = dynamic_cast<ListItemElement*>(&element); item && item->type() == UNKNOWN_VAL)
+        return item->fetchItem();
+    return *element.pValue(workspace.get());
+}
+
+template <class T>
+bool sameItems(const JMatrix<T>& a, const JMatrix<T>& b) {
+    return a.size() == b.size() && a.nrow() == b.nrow() && a.mark() == b.mark() &&
+           std::equal(a.data(), a.data() + a.size(), b.data());
+}
+
+bool identical(const Value& a, const Value& b);
+
+bool sameLists(const ListValue& a, const ListValue& b) {
+    if (a.size() != b.size() || a.nrow() != b.nrow() || a.mark() != b.mark()) return false;
+    return std::equal(a.data(), a.data() + a.size(), b.data(), [](const ListItem& x, const ListItem& y) {
+        return x.get() && y.get() ? identical(*x.get(), *y.get()) : x.get() == y.get();
+    });
+}
+
+bool sameNumbers(const IntValue& a, const DoubleValue& b) {
+    return a.form() == b.form() && a.nrow() == b.nrow() && a.size() == b.size() &&
+           std::equal(a.data(), a.data() + a.size(), b.data());
+}
+
+bool identical(const Value& a, const Value& b) {
+    if (a.valueType() == b.valueType()) {
+        switch (a.valueType()) {
+            case INTEGER_VAL: return sameItems<int>(asInt(a), asInt(b));
+            case DOUBLE_VAL: return sameItems<double>(asDouble(a), asDouble(b));
+            case COMPLEX_VAL: return sameItems<std::complex<double>>(asComplex(a), asComplex(b));
+            default: return sameLists(static_cast<const ListValue&>(a), static_cast<const ListValue&>(b));
+        }
+    }
+    if (a.valueType() == INTEGER_VAL && b.valueType() == DOUBLE_VAL) return sameNumbers(asInt(a), asDouble(b));
+    if (a.valueType() == DOUBLE_VAL && b.valueType() == INTEGER_VAL) return sameNumbers(asInt(b), asDouble(a));
+    return false;
+}
+
+}  // namespace
+
+ComparatorElement::ComparatorElement(EvaluatablePtr a, int op1, EvaluatablePtr b, int op2, EvaluatablePtr c)
+    : With3Evaluatable(std::move(a), std::move(b), std::move(c)), op1_(op1), op2_(op2) {
+    if (child(2)) return;
+    first_ = NumberSource(*child(0));
+    second_ = NumberSource(*child(1));
+}
+
+Value* ComparatorElement::pValue(Value* workspace) { return valueOf(evaluate(workspace), workspace); }
+
+Outcome ComparatorElement::evaluate(Value* workspace) {
+    double a, b;
+    if (second_.isKnown() && child(0)->type() == DOUBLE_VAL && !first_.isKnown()) {
+        DoubleValue local;
+        const Outcome outcome = child(0)->evaluate(&local);
+        if (outcome.isScalar() && second_.read(b))
+            return Outcome::scalar(compareNumbers(op1_, outcome.number, b), FORM_BOOL);
+        IntValue result;
+        compareValues(op1_, *valueOf(outcome, &local), *child(1)->pValue(nullptr), result);
+        return deliver(result, workspace);
+    }
+    if (first_.read(a) && second_.read(b)) return Outcome::scalar(compareNumbers(op1_, a, b), FORM_BOOL);
+    return compareParts(workspace);
+}
+
+Outcome ComparatorElement::compareParts(Value* workspace) {
+    Evaluatable* third = child(2);
+    if (hasNoOrder(*child(0)) || hasNoOrder(*child(1)) || (third && hasNoOrder(*third)))
+        return emptyTruth(workspace);
+    const bool thirdIsPure = !third || third->isPure();
+    Part a(*child(0), child(1)->isPure() && thirdIsPure);
+    Part b(*child(1), thirdIsPure);
+    if (a.isScalar() && b.isScalar()) {
+        const bool first = compareNumbers(op1_, a.number(), b.number());
+        if (!first || !third) return Outcome::scalar(first, FORM_BOOL);
+    }
+    IntValue result;
+    compareValues(op1_, a.value(), b.value(), result);
+    if (third && result.anyNonZero()) {
+        Part c(*third, true);
+        IntValue second, both;
+        compareValues(op2_, b.value(), c.value(), second);
+        compareArrays(result, second, both, [](int x, int y) { return x & y; });
+        result.adopt(std::move(both));
+    }
+    return deliver(result, workspace);
+}
+
+Value* FullyCompareElement::pValue(Value* workspace) {
+    Workspace first(child(0)->type()), second(child(1)->type());
+    const Value* a = &anyValue(*child(0), first);
+    if (a != first.get() && !child(1)->isPure()) {
+        const auto copy = newValueCopy(*a);
+        workspace->assignInt(identical(*copy, anyValue(*child(1), second)));
+        return workspace;
+    }
+    workspace->assignInt(identical(*a, anyValue(*child(1), second)));
+    return workspace;
+}
+
+}  // namespace vorpen

@@ -1,0 +1,222 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "eval/control_flow.h"
+
+#include "base/errors.h"
+#include "eval/run_state.h"
+#include "eval/store.h"
+
+namespace vorpen {
+namespace {
+
+Condition::Truth truthOf(const Outcome& outcome) {
+    double x;
+    if (outcome.isScalar()) {
+        x = outcome.number;
+    } else {
+        if (outcome.value()->size() != 1) return Condition::Truth::notScalar;
+        x = outcome.value()->doubleValue();
+    }
+    // Truncated; what has no integer counts as one that is not 0.
+    return x > -1 && x < 1 ? Condition::Truth::no : Condition::Truth::yes;
+}
+
+}  // namespace
+
+void Statement::fail(std::string_view message, std::string_view context) const {
+    runState().noteLine(line_);
+    raiseRuntimeError(message, context);
+}
+
+// ---- sequences of statements
+
+void BlockStm::exe() {
+    const RunState& state = runState();
+    if (state.debugStepping) return exeStepping();
+    for (const StatementPtr& statement : statements_) {
+        if (!state.running) return;
+        statement->exe();
+    }
+}
+
+void BlockStm::exeStepping() {
+    const RunState& state = runState();
+    for (const StatementPtr& statement : statements_) {
+        if (!state.running) return;
+        statement->exe();
+        if (state.loopSignal != LoopSignal::none) return;
+        if (state.debugStepping && state.debugPause)
+            state.debugPause(statement->line(), statement->assignedValue(), {});
+    }
+}
+
+bool BlockStm::uses(const Value* v) const {
+    for (const StatementPtr& statement : statements_)
+        if (statement->uses(v)) return true;
+    return Statement::uses(v);
+}
+
+void BreakStm::exe() {
+    if (!insideLoop_) throw *this;
+    runState().loopSignal = LoopSignal::leave;
+    runState().running = false;
+}
+
+void ContinueStm::exe() {
+    if (!insideLoop_) throw *this;
+    runState().loopSignal = LoopSignal::next;
+    runState().running = false;
+}
+
+// ---- conditions
+
+Condition::Truth Condition::test() const {
+    if (type_ == INTEGER_VAL) {
+        IntValue workspace;
+        return truthOf(expression_->evaluate(&workspace));
+    }
+    if (type_ == DOUBLE_VAL) {
+        DoubleValue workspace;
+        return truthOf(expression_->evaluate(&workspace));
+    }
+    Workspace workspace(type_);
+    return truthOf(expression_->evaluate(workspace.get()));
+}
+
+void IfStm::exe() {
+    const Condition::Truth truth = condition_.test();
+    require(truth != Condition::Truth::notScalar, "non-scalar condition in if clause");
+    if (truth == Condition::Truth::yes) body().exe();
+}
+
+void UnlessStm::exe() {
+    const Condition::Truth truth = condition_.test();
+    require(truth != Condition::Truth::notScalar, "non-scalar condition in while clause");
+    if (truth == Condition::Truth::no) body().exe();
+}
+
+void IfElseStm::exe() {
+    const Condition::Truth truth = condition_.test();
+    require(truth != Condition::Truth::notScalar, "non-scalar condition in if clause");
+    if (truth == Condition::Truth::yes)
+        body().exe();
+    else
+        elseBody_->exe();
+}
+
+// ---- loops
+
+bool LoopStm::runRound() {
+    try {
+        body().exe();
+    } catch (const ContinueStm&) {
+        return true;
+    } catch (const BreakStm&) {
+        return false;
+    }
+    RunState& state = runState();
+    if (state.running) return true;
+    const LoopSignal signal = std::exchange(state.loopSignal, LoopSignal::none);
+    if (signal == LoopSignal::none) return false;
+    state.running = true;
+    return signal == LoopSignal::next;
+}
+
+void WhileStm::exe() {
+    if (!runState().running) return;
+    do {
+        const Condition::Truth truth = condition_.test();
+        require(truth != Condition::Truth::notScalar, "non-scalar condition in while clause");
+        if (truth == Condition::Truth::no) return;
+    } while (runRound());
+}
+
+ForStm::ForStm(int line, EvaluatablePtr range, StatementPtr body, Value* loopVariable)
+    : LoopStm(line, std::move(range), std::move(body)),
+      loopVariable_(loopVariable),
+      number_(dynamic_cast<DoubleValue*>(loopVariable)),
+      sequence_(expression()->elementKind() == ElementKind::sequence
+                    ? static_cast<SequenceElement*>(expression())
+                    : nullptr) {}
+
+void ForStm::setLoopVariable(double x) {
+    if (number_)
+        storeNumber(*number_, x, FORM_NUMERIC);
+    else
+        loopVariable_->assignDouble(x);
+}
+
+void ForStm::walkRange(const SequenceElement::Range& range) {
+    double x = range.start;
+    for (int i = 0; i < range.count; ++i, x += range.step) {
+        setLoopVariable(x);
+        if (!runRound()) return;
+    }
+}
+
+void ForStm::walkIntegers(const SequenceElement::Range& range) {
+    const auto step = static_cast<unsigned>(truncateToInt(range.step));
+    auto x = static_cast<unsigned>(truncateToInt(range.start));
+    for (int i = 0; i < range.count; ++i, x += step) {
+        if (number_)
+            storeNumber(*number_, static_cast<int>(x), FORM_NUMERIC);
+        else
+            loopVariable_->assignInt(static_cast<int>(x));
+        if (!runRound()) return;
+    }
+}
+
+void ForStm::walkArray() {
+    Workspace workspace(expression()->type());
+    const Value* range = expression()->pValue(workspace.get());
+    for (int i = 0; i < range->size(); ++i) {
+        if (range->valueType() == INTEGER_VAL)
+            loopVariable_->assignInt(asInt(*range)[i]);
+        else if (range->valueType() == DOUBLE_VAL)
+            setLoopVariable(asDouble(*range)[i]);
+        else
+            fail("a loop needs integers or doubles", "for loop");
+        if (!runRound()) return;
+    }
+}
+
+void ForStm::exe() {
+    if (!runState().running) return;
+    if (!sequence_) return walkArray();
+    const SequenceElement::Range range = sequence_->readRange();
+    if (sequence_->type() == INTEGER_VAL)
+        walkIntegers(range);
+    else
+        walkRange(range);
+}
+
+void ForInStm::takeItem(const Value& item) {
+    const int from = item.valueType(), to = value_->valueType();
+    require(from == to || (from < to && to < LIST_VAL), "incompatible types assigning from list", "for loop");
+    // The item lies in the value itself when the loop runs over its own variable.
+    if (value_ == collection_)
+        value_->copyFrom(*newValueCopy(item));
+    else
+        value_->copyFrom(item);
+}
+
+void ForInStm::exe() {
+    if (!runState().running) return;
+    for (int k = 0; k < collection_->size();) {
+        switch (collection_->valueType()) {
+            case INTEGER_VAL: value_->assignInt(asInt(*collection_)[k]); break;
+            case DOUBLE_VAL: value_->assignDouble(asDouble(*collection_)[k]); break;
+            case LIST_VAL: {
+                const Value* item = static_cast<ListValue&>(*collection_)[k].get();
+                require(item != nullptr, "the item has no value", "for loop");
+                takeItem(*item);
+                break;
+            }
+            default: return;
+        }
+        ++k;
+        if (index_) index_->assignInt(k);
+        if (!runRound()) return;
+    }
+}
+
+}  // namespace vorpen

@@ -1,0 +1,374 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "eval/expression.h"
+
+#include <cmath>
+
+#include "base/errors.h"
+#include "eval/logical_table.h"
+#include "eval/matrix_power.h"
+#include "values/kernels.h"
+
+namespace vorpen {
+namespace {
+
+using Complex = std::complex<double>;
+
+template <class V>
+constexpr bool isComplexKind = std::is_same_v<V, ComplexValue>;
+
+/// An intermediate result: a number with its mark as long as it is a scalar,
+/// then an array.
+template <class V>
+class Term {
+public:
+    using T = std::conditional_t<isComplexKind<V>, Complex, double>;
+
+    void setNumber(T x, int mark) {
+        scalar_ = true;
+        number_ = x;
+        mark_ = mark;
+    }
+    [[nodiscard]] bool isScalar() const { return scalar_; }
+    [[nodiscard]] T number() const { return number_; }
+    [[nodiscard]] int mark() const { return mark_; }
+    [[nodiscard]] int size() const { return scalar_ ? 1 : array_.size(); }
+
+    /// The value as an array, which it is from now on.
+    V& array() {
+        if (scalar_) {
+            if constexpr (std::is_same_v<V, IntValue>)
+                array_.fillOne(static_cast<int>(number_));
+            else
+                array_.fillOne(number_);
+            array_.setMark(mark_);
+            scalar_ = false;
+        }
+        return array_;
+    }
+
+    /// The truncated number that a condition looks at.
+    [[nodiscard]] int asInteger() {
+        if constexpr (isComplexKind<V>)
+            return 0;
+        else
+            return scalar_ ? truncateToInt(number_) : array_.intValue();
+    }
+    [[nodiscard]] bool isNonZero() {
+        if constexpr (isComplexKind<V>)
+            return false;
+        else
+            return (scalar_ ? number_ : array_.doubleValue()) != 0;
+    }
+
+private:
+    bool scalar_ = false;
+    int mark_ = 0;
+    T number_{};
+    V array_;
+};
+
+int wrapped(std::int64_t x) { return static_cast<int>(static_cast<std::uint32_t>(x)); }
+
+/// Walks the list by precedence: each level evaluates the operands of the
+/// tighter levels and applies its own operators from left to right.
+template <class V>
+class LevelEvaluator {
+public:
+    LevelEvaluator(const ExpressionItems& items, int minLevel) : items_(items), minLevel_(minLevel) {}
+
+    void evaluateLevel(Term<V>& out, int level) {
+        if (level <= minLevel_) return evaluateOperand(out);
+        const int own = level - 1;
+        evaluateLevel(out, own);
+        while (items_[at_].op >> 3 == own) {
+            const int code = items_[at_++].op;
+            if (own < 3)
+                arithmetic(out, code, own);
+            else if (code == OP_COMMA || code == OP_SEMICOLON)
+                join(out, code, own);
+            else if constexpr (isComplexKind<V>)
+                raiseRuntimeError("invalid operation in a complex-number expression");
+            else if (hasLogicalEntry(code))
+                logical(out, code, own);
+            else if (own == 6 || own == 7)
+                shortCircuit(out, code, own);
+            else
+                return query(out, own);
+        }
+    }
+
+private:
+    void evaluateOperand(Term<V>& out) {
+        Evaluatable& operand = *items_[at_].operand;
+        if constexpr (isComplexKind<V>) {
+            ComplexValue workspace;
+            copyResult(out, *operand.pValue(&workspace), &workspace);
+        } else {
+            // Where the operand is an integer and the level works in doubles
+            // the result is converted on the way.
+            Workspace workspace(operand.type());
+            const Outcome outcome = operand.evaluate(workspace.get());
+            if (outcome.isScalar())
+                out.setNumber(outcome.number, outcome.mark());
+            else
+                copyResult(out, *outcome.value(), workspace.get());
+        }
+    }
+
+    static void copyResult(Term<V>& out, Value& result, Value* workspace) {
+        V& array = out.array();
+        if (&result == workspace && result.valueType() == array.valueType())
+            array = std::move(static_cast<V&>(result));
+        else
+            array.copyFrom(result);
+    }
+
+    void arithmetic(Term<V>& acc, int code, int own) {
+        Term<V> rhs;
+        evaluateLevel(rhs, own);
+        if (code == OP_QUOTIENT && isComplexKind<V>) throw OperatorFailure{'?'};
+        if ((code & 7) < 2 || code == OP_QUOTIENT || code == OP_REMAINDER) return elementwise(acc, code, rhs);
+        V& left = acc.array();
+        switch (code) {
+            case OP_MATRIX_POWER:
+                if constexpr (std::is_same_v<V, DoubleValue>)
+                    return matrixPower(left, rhs.array());
+                else
+                    throw OperatorFailure{'?'};
+            case OP_PRODUCT: return left.matrixProduct(rhs.array());
+            case OP_TENSOR: return left.tensorProduct(rhs.array());
+            case OP_CROSS: return left.crossProduct(rhs.array());
+            case OP_ADD_LINES: return left.addLines(rhs.array(), 1);
+            case OP_SUBTRACT_LINES: return left.addLines(rhs.array(), -1);
+            default: throw OperatorFailure{'?'};
+        }
+    }
+
+    static void elementwise(Term<V>& acc, int code, Term<V>& rhs) {
+        if constexpr (!isComplexKind<V>)
+            if (acc.isScalar() && rhs.isScalar())
+                return acc.setNumber(applyNumbers(code, acc.number(), rhs.number()), acc.mark());
+        acc.array().operate(code, rhs.array());
+    }
+
+    /// Two numbers of the kind of V, integers held in doubles.
+    static double applyNumbers(int code, double a, double b) {
+        if constexpr (std::is_same_v<V, IntValue>) {
+            const auto x = static_cast<std::int64_t>(a), y = static_cast<std::int64_t>(b);
+            switch (code) {
+                case OP_PLUS: return wrapped(x + y);
+                case OP_MINUS: return wrapped(x - y);
+                case OP_TIMES: return wrapped(x * y);
+                case OP_POWER: return truncateToInt(std::pow(a, b));
+                default: Require(y != 0, "integer division by zero");
+            }
+            return code == OP_REMAINDER ? wrapped(x % y) : wrapped(x / y);
+        } else {
+            return applyOperator(code, a, b);
+        }
+    }
+
+    void logical(Term<V>& acc, int code, int own) {
+        Term<V> rhs;
+        evaluateLevel(rhs, own);
+        if (acc.isScalar() && rhs.isScalar())
+            return acc.setNumber(applyLogical(code, numberOf(acc), numberOf(rhs)), acc.mark());
+        V& left = acc.array();
+        V& right = rhs.array();
+        if (right.size() != 1) {
+            if (left.size() == 1) {
+                const auto first = left[0];
+                left.fill(right.size(), right.nrow(), first);
+            } else if (left.size() != right.size() || left.nrow() != right.nrow()) {
+                throw OperatorFailure{'i'};
+            }
+        }
+        const int step = right.size() == 1 ? 0 : 1;
+        for (int i = 0; i < left.size(); ++i) left[i] = applyLogical(code, left[i], right[i * step]);
+    }
+
+    static auto numberOf(const Term<V>& term) {
+        if constexpr (std::is_same_v<V, IntValue>)
+            return static_cast<int>(term.number());
+        else
+            return term.number();
+    }
+
+    void shortCircuit(Term<V>& acc, int code, int own) {
+        Require(acc.size() == 1, "non-scalar condition", "logical operator");
+        const bool left = acc.asInteger() != 0;
+        if (left == (code == OP_OR_ELSE)) {
+            // The right side is left standing: the walk goes on behind its
+            // first operand.
+            acc.setNumber(left, FORM_NUMERIC);
+            return;
+        }
+        Term<V> rhs;
+        evaluateLevel(rhs, own);
+        Require(rhs.size() == 1, "non-scalar condition", "logical operator");
+        acc.setNumber(rhs.isNonZero(), FORM_NUMERIC);
+    }
+
+    void join(Term<V>& acc, int code, int own) {
+        Term<V> rhs;
+        evaluateLevel(rhs, own);
+        if (code == OP_COMMA)
+            acc.array().appendColumns(rhs.array());
+        else
+            acc.array().appendRows(rhs.array());
+    }
+
+    void query(Term<V>& acc, int own) {
+        Require(acc.size() == 1, "non-scalar condition", "query");
+        if (acc.asInteger() == 0) {
+            while (items_[at_].op != OP_QUERY_ELSE && items_[at_].op != OP_END) ++at_;
+            if (items_[at_].op == OP_QUERY_ELSE) ++at_;
+        }
+        Term<V> chosen;
+        evaluateLevel(chosen, own);
+        if (chosen.isScalar())
+            acc.setNumber(chosen.number(), chosen.mark());
+        else
+            acc.array() = std::move(chosen.array());
+    }
+
+    const ExpressionItems& items_;
+    const int minLevel_;
+    std::size_t at_ = 0;
+};
+
+struct Levels {
+    int lowest = 100, highest = 0;
+};
+
+Levels levelsOf(const ExpressionItems& items) {
+    Levels levels;
+    for (std::size_t i = 0; i + 1 < items.size(); ++i) {
+        levels.lowest = std::min(levels.lowest, items[i].op >> 3);
+        levels.highest = std::max(levels.highest, items[i].op >> 3);
+    }
+    return levels;
+}
+
+template <class V>
+Outcome finishTerm(Term<V>& term, Value* workspace) {
+    if constexpr (!isComplexKind<V>)
+        if (term.isScalar()) return Outcome::scalar(term.number(), term.mark());
+    if (workspace->valueType() == term.array().valueType())
+        static_cast<V&>(*workspace) = std::move(term.array());
+    else
+        workspace->assign(term.array());
+    return outcomeOf(workspace);
+}
+
+template <class V>
+void evaluateInto(Term<V>& term, const ExpressionItems& items, int minLevel, int maxLevel) {
+    LevelEvaluator<V>(items, minLevel).evaluateLevel(term, maxLevel + 1);
+}
+
+/// Only the most negative element of a result is looked at: integers wrap
+/// around silently, and a product that wrapped to a large negative number is
+/// what this catches.
+void testOverflow(Term<IntValue>& term) {
+    if (term.size() == 0) return;
+    const int lowest = term.isScalar() ? static_cast<int>(term.number())
+                                       : term.array()[term.array().indexOfMin()];
+    constexpr int largest = 0x3FFFFFFF;
+    Require(wrapped(-std::int64_t{lowest}) <= largest, "integer overflow");
+}
+
+Outcome evaluateIntegers(const ExpressionItems& items, int minLevel, int maxLevel, Value* workspace) {
+    Term<IntValue> term;
+    evaluateInto(term, items, minLevel, maxLevel);
+    testOverflow(term);
+    return finishTerm(term, workspace);
+}
+
+Outcome evaluateComplex(const ExpressionItems& items, int minLevel, int maxLevel, Value* workspace) {
+    Term<ComplexValue> term;
+    evaluateInto(term, items, minLevel, maxLevel);
+    return finishTerm(term, workspace);
+}
+
+void requireDouble(const Value* workspace, std::string_view context) {
+    Require(workspace->valueType() == DOUBLE_VAL,
+            "!! Vorpen failure. Invoked with non-DOUBLE_VAL workspace. Please report this bug.", context);
+}
+
+}  // namespace
+
+Expression::Expression(ExpressionItems items, int type) : items_(std::move(items)), type_(type) {
+    if (items_.back().op != OP_END) items_.back().op = OP_END;
+    pure_ = std::all_of(items_.begin(), items_.end(), [](const auto& item) { return item.operand->isPure(); });
+}
+
+bool Expression::uses(const Value* v) const {
+    return std::any_of(items_.begin(), items_.end(), [v](const auto& item) { return item.operand->uses(v); });
+}
+
+SimpleExpression::SimpleExpression(ExpressionItems items, int type) : Expression(std::move(items), type) {
+    if (type_ == DOUBLE_VAL) program_ = BlockProgram::compile(*this);
+}
+
+Value* SimpleExpression::pValue(Value* workspace) { return valueOf(evaluate(workspace), workspace); }
+
+Outcome SimpleExpression::evaluate(Value* workspace) {
+    constexpr int products = 1, sums = 2;
+    switch (type_) {
+        case INTEGER_VAL: return evaluateIntegers(items_, products, sums, workspace);
+        case DOUBLE_VAL: return program_->evaluate(workspace);
+        case COMPLEX_VAL: return evaluateComplex(items_, products, sums, workspace);
+        default: raiseRuntimeError("!Vorpen bug: SimpleExpression::pValue with invalid type");
+    }
+}
+
+SimpleMixedTypeExpression::SimpleMixedTypeExpression(ExpressionItems items)
+    : Expression(std::move(items), DOUBLE_VAL), program_(BlockProgram::compile(*this)) {}
+
+Value* SimpleMixedTypeExpression::pValue(Value* workspace) {
+    requireDouble(workspace, "SimpleMixedTypeExpression::pValue");
+    return valueOf(evaluate(workspace), workspace);
+}
+
+Outcome SimpleMixedTypeExpression::evaluate(Value* workspace) { return program_->evaluate(workspace); }
+
+GeneralExpression::GeneralExpression(ExpressionItems items, int type) : Expression(std::move(items), type) {
+    const Levels levels = levelsOf(items_);
+    minLevel_ = levels.lowest;
+    maxLevel_ = levels.highest;
+}
+
+GeneralIntegerExpression::GeneralIntegerExpression(ExpressionItems items)
+    : GeneralExpression(std::move(items), INTEGER_VAL) {}
+
+Value* GeneralIntegerExpression::pValue(Value* workspace) { return valueOf(evaluate(workspace), workspace); }
+
+Outcome GeneralIntegerExpression::evaluate(Value* workspace) {
+    return evaluateIntegers(items_, minLevel_, maxLevel_, workspace);
+}
+
+GeneralMixedTypeExpression::GeneralMixedTypeExpression(ExpressionItems items)
+    : GeneralExpression(std::move(items), DOUBLE_VAL) {
+    if (BlockProgram::applies(*this)) program_ = BlockProgram::compile(*this);
+}
+
+Value* GeneralMixedTypeExpression::pValue(Value* workspace) {
+    requireDouble(workspace, "GeneralMixedTypeExpression::pValue");
+    return valueOf(evaluate(workspace), workspace);
+}
+
+Outcome GeneralMixedTypeExpression::evaluate(Value* workspace) {
+    if (program_) return program_->evaluate(workspace);
+    Term<DoubleValue> term;
+    evaluateInto(term, items_, minLevel_, maxLevel_);
+    return finishTerm(term, workspace);
+}
+
+GeneralComplexExpression::GeneralComplexExpression(ExpressionItems items)
+    : GeneralExpression(std::move(items), COMPLEX_VAL) {}
+
+Value* GeneralComplexExpression::pValue(Value* workspace) {
+    return valueOf(evaluateComplex(items_, minLevel_, maxLevel_, workspace), workspace);
+}
+
+}  // namespace vorpen

@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "eval/function_reference.h"
+
+#include <algorithm>
+#include <array>
+
+#include "base/errors.h"
+
+namespace vorpen {
+
+namespace {
+
+/// Makes the contents of a parameter those of an input.
+void setParameter(DoubleValue& parameter, Outcome input) {
+    if (input.isScalar()) {
+        parameter.assignDouble(input.number);
+        parameter.setMark(input.mark());
+    } else {
+        parameter.copyFrom(*input.value());
+    }
+}
+
+/// An empty value of a kind, read only and shared.
+Value* emptyValue(int type) {
+    static const std::array<std::unique_ptr<Value>, UNKNOWN_VAL + 1> values = {
+        newHolder(INTEGER_VAL), newHolder(DOUBLE_VAL), newHolder(COMPLEX_VAL), newHolder(LIST_VAL),
+        newHolder(UNKNOWN_VAL)};
+    return values[type].get();
+}
+
+}  // namespace
+
+// ---- anonymous functions
+
+AnonymousFunction::AnonymousFunction(int parameterCount) {
+    for (int i = 0; i < parameterCount; ++i) parameters_.push_back(std::make_unique<DoubleValue>());
+}
+
+/// Keeps the parameters' contents while a call runs: the body may lead back to
+/// this function.
+class AnonymousFunction::Frame {
+public:
+    explicit Frame(AnonymousFunction& function) : function_(function) {
+        if (function_.depth_++ == 0) return;
+        for (auto& parameter : function_.parameters_) saved_.push_back(parameter->detachData());
+    }
+    ~Frame() {
+        if (--function_.depth_ == 0) {
+            for (auto& parameter : function_.parameters_)
+                if (parameter->size() > 1) parameter->clear();
+            return;
+        }
+        for (std::size_t i = 0; i < saved_.size(); ++i) function_.parameters_[i]->adoptData(saved_[i]);
+    }
+    Frame(const Frame&) = delete;
+    Frame& operator=(const Frame&) = delete;
+
+private:
+    AnonymousFunction& function_;
+    std::vector<SavedData> saved_;
+};
+
+Outcome AnonymousFunction::call(std::span<const Outcome> inputs, Value* workspace) {
+    if (inputs.size() != parameters_.size()) throw RuntimeError("missing parameter value");
+    Require(depth_ < maxCallsInProgress, "max recursion depth exceeded");
+    const Frame frame(*this);
+    for (std::size_t i = 0; i < inputs.size(); ++i) setParameter(*parameters_[i], inputs[i]);
+
+    if (body_->type() == COMPLEX_VAL || body_->type() == LIST_VAL) {
+        Value* result = body_->pValue(workspace);
+        if (result == workspace) return Outcome::of(result);
+        workspace->copyFrom(*result);
+        return Outcome::of(workspace);
+    }
+    DoubleValue room;
+    const Outcome result = body_->evaluate(&room);
+    if (result.isScalar()) return result;
+    if (result.value() == &room)
+        asDouble(*workspace) = std::move(room);
+    else
+        workspace->copyFrom(*result.value());
+    return Outcome::of(workspace);
+}
+
+// ---- references
+
+Value* FuncRefElement::pValue(Value*) { return emptyValue(type()); }
+
+int FuncRefElement::type() const {
+    if (function_) return function_->outputType();
+    const int type = anonymous_->body().type();
+    return type == COMPLEX_VAL || type == LIST_VAL ? type : int{DOUBLE_VAL};
+}
+
+bool FuncRefElement::uses(const Value* v) const {
+    return function_ ? v == function_->token() : anonymous_->body().uses(v);
+}
+
+int FuncRefElement::inputCount() const {
+    return function_ ? function_->parameterCount() : anonymous_->parameterCount();
+}
+
+Outcome FuncRefElement::callUserFunction(std::span<const Outcome> inputs, Value* workspace) {
+    const bool numbers = std::ranges::all_of(inputs, &Outcome::isScalar);
+    const bool full = static_cast<int>(inputs.size()) == function_->parameterCount();
+    if (numbers && full && !inputs.empty() && function_->isQuick()) {
+        DoubleValue room;
+        return function_->callQuickOnNumbers(inputs.front(), inputs.back(), room, workspace);
+    }
+    constexpr std::array<int, maxInputs> doubles = {DOUBLE_VAL, DOUBLE_VAL, DOUBLE_VAL, DOUBLE_VAL};
+    if (inputs.size() > maxInputs) throw RuntimeError(name_ + "(...) has too many arguments");
+    function_->checkArguments(std::span(doubles).first(inputs.size()));
+    if (function_->isQuick()) {
+        UserFunc::QuickArguments arguments;
+        if (inputs.size() > 0) arguments.first = inputs[0];
+        if (inputs.size() > 1) arguments.second = inputs[1];
+        return function_->callQuick(arguments, workspace);
+    }
+    if (numbers && function_->isPlain()) return function_->callPlain(inputs, workspace);
+
+    std::array<DoubleValue, maxInputs> copies;
+    std::array<FuncArgument, maxInputs> records;
+    for (std::size_t i = 0; i < inputs.size(); ++i) {
+        setParameter(copies[i], inputs[i]);
+        records[i].value = &copies[i];
+    }
+    function_->call(std::span(records).first(inputs.size()), nullptr, *workspace);
+    return outcomeOf(workspace);
+}
+
+Outcome FuncRefElement::call(std::span<const Outcome> inputs, Value* workspace) {
+    return function_ ? callUserFunction(inputs, workspace) : anonymous_->call(inputs, workspace);
+}
+
+void FuncRefElement::callForEach(std::span<const Outcome> inputs, DoubleValue& workspace) {
+    DoubleValue points;
+    setParameter(points, inputs.back());
+    std::vector<Outcome> point(inputs.begin(), inputs.end());
+    DoubleValue result;
+    result.setSizeShapeMark(points.size(), points.nrow(), points.mark());
+    for (int i = 0; i < points.size(); ++i) {
+        point.back() = Outcome::scalar(points[i]);
+        Workspace room(type());
+        const Outcome answer = call(point, room.get());
+        if (!answer.isScalar() && answer.value()->size() != 1) throw OperatorFailure{']'};
+        result[i] = answer.isScalar() ? answer.number : answer.value()->doubleValue();
+    }
+    workspace = std::move(result);
+}
+
+}  // namespace vorpen

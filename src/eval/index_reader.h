@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// An index as the loops of a program meet it. Most indices are one number held
+// in a double variable, or computed from such; the front end has put a
+// truncation around them. The reader looks behind that truncation, so that a
+// plain number reaches the bounds check in a register and nothing is built.
+// Anything else (a list of positions, a mask, a string) becomes a private
+// array of integers on demand.
+
+#include "eval/elements.h"
+
+namespace vorpen {
+
+class IndexReader {
+public:
+    /// The element is not owned; it has been made fit for an index.
+    explicit IndexReader(Evaluatable& element);
+
+    /// True when the index is a variable that holds a plain number, which is
+    /// not yet truncated. A truth value is none: it is a mask.
+    [[nodiscard]] bool readVariable(double& k) const {
+        if (!variable_ || variable_->size() != 1 || !isPlainMark(variable_->mark())) return false;
+        k = (*variable_)[0];
+        return true;
+    }
+
+    /// The index, not yet truncated where it is a double. The workspace is of
+    /// the kind of workspaceType().
+    [[nodiscard]] Outcome evaluate(Value* workspace) const { return source_->evaluate(workspace); }
+    /// DOUBLE_VAL or INTEGER_VAL.
+    [[nodiscard]] int workspaceType() const { return fromDouble_ ? DOUBLE_VAL : INTEGER_VAL; }
+    /// True for an index that the front end truncates.
+    [[nodiscard]] bool isFromDouble() const { return fromDouble_; }
+
+    /// True when an outcome is a number to index with.
+    [[nodiscard]] static bool isPlainNumber(const Outcome& index) {
+        return index.isScalar() && isPlainMark(index.mark());
+    }
+
+private:
+    static bool isPlainMark(int mark) { return (mark & 15) == FORM_NUMERIC; }
+
+    Evaluatable* source_;
+    const DoubleValue* variable_ = nullptr;
+    bool fromDouble_;
+};
+
+/// One index, evaluated. A plain number stays a number; anything else is an
+/// outcome whose value lives as long as this.
+class ReadIndex {
+public:
+    explicit ReadIndex(const IndexReader& reader) {
+        if (reader.readVariable(number_)) return;
+        Value* workspace;
+        if (reader.workspaceType() == DOUBLE_VAL)
+            workspace = doubles_ = new (room_) DoubleValue;
+        else
+            workspace = integers_ = new (room_) IntValue;
+        outcome_ = reader.evaluate(workspace);
+        isNumber_ = IndexReader::isPlainNumber(outcome_);
+        number_ = outcome_.number;
+    }
+    ~ReadIndex() {
+        if (doubles_) doubles_->~DoubleValue();
+        if (integers_) integers_->~IntValue();
+    }
+    ReadIndex(const ReadIndex&) = delete;
+    ReadIndex& operator=(const ReadIndex&) = delete;
+
+    [[nodiscard]] bool isNumber() const { return isNumber_; }
+    /// Not yet truncated.
+    [[nodiscard]] double number() const { return number_; }
+    [[nodiscard]] Outcome outcome() const { return isNumber_ ? Outcome::scalar(number_) : outcome_; }
+
+private:
+    double number_ = 0;
+    bool isNumber_ = true;
+    Outcome outcome_ = Outcome::scalar(0);
+    DoubleValue* doubles_ = nullptr;
+    IntValue* integers_ = nullptr;
+    alignas(16) unsigned char room_[std::max(sizeof(DoubleValue), sizeof(IntValue))];
+};
+
+/// True for a number that, truncated, lies in 1 to d.
+inline bool isIndexWithin(double k, int d) { return k >= 1 && k < d + 1.0; }
+
+/// Where the element at a row and column, not yet truncated, lies in a matrix;
+/// -1 when it is outside. A product takes the place of the division that the
+/// number of columns would cost.
+inline int elementPosition(const Value& m, double row, double column) {
+    if (!isIndexWithin(row, m.nrow()) || !isIndexWithin(column, m.size())) return -1;
+    const std::int64_t endOfColumn = std::int64_t{static_cast<int>(column)} * m.nrow();
+    if (endOfColumn > m.size()) return -1;
+    return static_cast<int>(endOfColumn) - m.nrow() + static_cast<int>(row) - 1;
+}
+
+/// Copies an index, truncated to integers, with its rows and mark. Fails with
+/// "invalid type of index" for complex values and lists.
+void copyIndices(const Outcome& index, IntValue& list);
+
+/// Turns a mask into the list of the positions of its non-zero elements,
+/// counted from 1.
+void maskToIndices(IntValue& mask);
+
+/// True when the list is not empty and all of it lies in 1 to d.
+[[nodiscard]] bool indicesWithin(const IntValue& list, int d);
+
+}  // namespace vorpen

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// What a run of statements shares: whether it goes on, the line last named in
+// a message, the last answer, and the door to the debugger. The language knows
+// one run at a time, so there is one of these; everyone reaches it through
+// runState().
+
+#include <functional>
+#include <memory>
+#include <string_view>
+
+#include "values/value.h"
+
+namespace vorpen {
+
+/// What lowered `running`, for the loop that looks at it.
+enum class LoopSignal : unsigned char { none, leave, next };
+
+class RunState {
+public:
+    RunState();
+    RunState(const RunState&) = delete;
+    RunState& operator=(const RunState&) = delete;
+
+    /// True while statements may go on. A return lowers it; the end of the
+    /// call, or the start of the next input, raises it again. So does a break
+    /// or continue, for the loop around it.
+    bool running = true;
+    LoopSignal loopSignal = LoopSignal::none;
+
+    /// Starts a run of statements.
+    void start() {
+        running = true;
+        loopSignal = LoopSignal::none;
+    }
+
+    /// While it is set a block stops at the debugger after each statement.
+    bool debugStepping = false;
+
+    /// Stops at a breakpoint or a step: line, value (may be null) and name
+    /// (may be empty). Nothing happens while there is no debugger.
+    std::function<void(int line, const Value* value, std::string_view name)> debugPause;
+
+    /// Writes "at line N" unless N is 0 or was the last line so named.
+    void noteLine(int line);
+    /// Lets the next failure name its line again.
+    void forgetNotedLine() { notedLine_ = 0; }
+
+    /// The last answer; an empty double before any.
+    [[nodiscard]] Value& ans() { return *answers_[answerType_]; }
+    /// Makes a copy of a value the last answer. A value of another kind frees
+    /// the former answer.
+    void setAns(const Value& v);
+    /// As setAns, but takes over the contents of a value that is no longer
+    /// needed.
+    void moveToAns(Value& v);
+
+    /// Back to the state at the start of the program.
+    void reset();
+
+private:
+    void selectAnswer(int type);
+
+    int notedLine_ = 0;
+    int answerType_ = DOUBLE_VAL;
+    std::unique_ptr<Value> answers_[4];  ///< one for each kind
+};
+
+extern RunState theRunState;
+inline RunState& runState() { return theRunState; }
+
+}  // namespace vorpen
