@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "builtins/engine_context.h"
+
+#include "base/errors.h"
+
+namespace vorpen {
+
+Host& EngineContext::surroundings() const {
+    if (!host) throw PlainFailure{"?bug: a built-in function was called without a host"};
+    return *host;
+}
+
+Dir& EngineContext::directories() const {
+    if (!paths) throw PlainFailure{"?bug: a built-in function was called without a path list"};
+    return *paths;
+}
+
+EngineContext& engineContext() {
+    static EngineContext context;
+    return context;
+}
+
+}  // namespace vorpen

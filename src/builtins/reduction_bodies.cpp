@@ -1,0 +1,195 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "builtins/reduction_bodies.h"
+
+#include <gsl/gsl_sys.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/multiversion.h"
+#include "base/output.h"
+#include "builtins/arguments.h"
+#include "numerics/simpson.h"
+
+namespace vorpen::builtin {
+namespace {
+
+/// Elements that are worked on at once: two vectors of the widest kind.
+constexpr int lanes = 16;
+
+VORPEN_MULTIVERSION
+double squareSum(const double* x, std::int64_t n) {
+    double partial[lanes] = {};
+    std::int64_t i = 0;
+    for (; i + lanes <= n; i += lanes)
+        for (int k = 0; k < lanes; ++k) partial[k] += x[i + k] * x[i + k];
+    double total = 0;
+    for (; i < n; ++i) total += x[i] * x[i];
+    for (const double p : partial) total += p;
+    return total;
+}
+
+/// The largest number among those that are not NaN, or `start`.
+VORPEN_MULTIVERSION
+double largestOf(double start, const double* x, std::int64_t n) {
+    double best[lanes];
+    std::fill_n(best, lanes, start);
+    std::int64_t i = 0;
+    for (; i + lanes <= n; i += lanes)
+        for (int k = 0; k < lanes; ++k) best[k] = x[i + k] > best[k] ? x[i + k] : best[k];
+    for (; i < n; ++i) best[0] = x[i] > best[0] ? x[i] : best[0];
+    for (const double b : best) start = b > start ? b : start;
+    return start;
+}
+
+VORPEN_MULTIVERSION
+double smallestOf(double start, const double* x, std::int64_t n) {
+    double best[lanes];
+    std::fill_n(best, lanes, start);
+    std::int64_t i = 0;
+    for (; i + lanes <= n; i += lanes)
+        for (int k = 0; k < lanes; ++k) best[k] = x[i + k] < best[k] ? x[i + k] : best[k];
+    for (; i < n; ++i) best[0] = x[i] < best[0] ? x[i] : best[0];
+    for (const double b : best) start = b < start ? b : start;
+    return start;
+}
+
+/// Position from 0 of the first extreme of a double vector that is not empty.
+/// A NaN in front compares false with everything and stays.
+template <class Extreme>
+std::int64_t firstExtreme(const DoubleValue& v, Extreme extreme) {
+    if (std::isnan(v[0])) return 0;
+    const double best = extreme(v[0], v.data(), v.size());
+    return std::find(v.data(), v.data() + v.size(), best) - v.data();
+}
+
+int positionOfMinimum(const Value& v) {
+    if (v.valueType() != DOUBLE_VAL) return v.indexOfMin();
+    return static_cast<int>(firstExtreme(asDouble(v), smallestOf));
+}
+
+int positionOfMaximum(const Value& v) {
+    if (v.valueType() != DOUBLE_VAL) return v.indexOfMax();
+    return static_cast<int>(firstExtreme(asDouble(v), largestOf));
+}
+
+/// The sum of squares of integers, each square formed in 32 bits, where it
+/// wraps around.
+double squareSum(const IntValue& v) {
+    double total = 0;
+    for (const int x : v.items()) total += static_cast<int>(static_cast<unsigned>(x) * static_cast<unsigned>(x));
+    return total;
+}
+
+}  // namespace
+
+double sumOfElements(const Value& v) {
+    DoubleValue scratch;
+    double total = 0;
+    for (const double x : asDoubles(v, scratch).items()) total += x;
+    return total;
+}
+
+double sumOfSquares(const Value& v) {
+    if (v.valueType() == INTEGER_VAL) return squareSum(asInt(v));
+    DoubleValue scratch;
+    const DoubleValue& x = asDoubles(v, scratch);
+    return squareSum(x.data(), x.size());
+}
+
+double mean(const Value& v) { return sumOfElements(v) / v.size(); }
+
+double variance(const Value& v) {
+    const double m = mean(v);
+    return sumOfSquares(v) / v.size() - m * m;
+}
+
+double standardDeviation(const Value& v) { return std::sqrt(variance(v)); }
+
+double minimum(const Value& v) {
+    if (v.isEmpty()) return 0;
+    DoubleValue scratch;
+    return asDoubles(v, scratch)[positionOfMinimum(v)];
+}
+
+double maximum(const Value& v) {
+    if (v.isEmpty()) return 0;
+    DoubleValue scratch;
+    return asDoubles(v, scratch)[positionOfMaximum(v)];
+}
+
+double range(const Value& v) { return maximum(v) - minimum(v); }
+
+double product(const Value& v) {
+    DoubleValue scratch;
+    double total = 1;
+    for (const double x : asDoubles(v, scratch).items()) total *= x;
+    return total;
+}
+
+double integralOfSamples(const Value& v) {
+    DoubleValue scratch;
+    return simpson(asDoubles(v, scratch).items(), 1.0);
+}
+
+double norm(const Value& v) {
+    DoubleValue scratch;
+    const DoubleValue& x = asDoubles(v, scratch);
+    // Two components may be near the ends of the range of doubles.
+    return x.size() == 2 ? gsl_hypot(x[1], x[0]) : std::sqrt(sumOfSquares(x));
+}
+
+double lastElement(const Value& v) {
+    Require(v.isNumericKind(), "?VORPEN BUG: jfunc::lastElement called for a list");
+    if (v.isEmpty()) throw OperatorFailure{']'};
+    DoubleValue scratch;
+    return asDoubles(v, scratch)[v.size() - 1];
+}
+
+double trace(const Value& v) {
+    DoubleValue scratch;
+    const DoubleValue& m = asDoubles(v, scratch);
+    Require(m.nrow() == m.ncol(), "non-square matrix", "trace");
+    double total = 0;
+    for (std::int64_t i = 0; i < m.nrow(); ++i) total += m.data()[i * m.nrow() + i];
+    return total;
+}
+
+int allNonZero(const Value& v) { return v.allNonZero(); }
+
+int anyNonZero(const Value& v) { return v.anyNonZero(); }
+
+int minimumIndex(const Value& v) { return v.isEmpty() ? 0 : positionOfMinimum(v) + 1; }
+
+int maximumIndex(const Value& v) { return v.isEmpty() ? 0 : positionOfMaximum(v) + 1; }
+
+int firstNonZero(const Value& v) { return v.firstNonZero(); }
+
+int lastNonZero(const Value& v) { return v.lastNonZero(); }
+
+int size(const Value& v) { return v.size(); }
+
+int rowCount(const Value& v) { return v.nrow(); }
+
+int columnCount(const Value& v) { return v.columns(); }
+
+int formOf(const Value& v) { return v.form(); }
+
+int markOf(const Value& v) { return v.mark(); }
+
+int isEmpty(const Value& v) { return v.isEmpty(); }
+
+int isScalar(const Value& v) { return v.isScalar(); }
+
+int isVector(const Value& v) { return v.isVector(); }
+
+int isBoolean(const Value& v) { return v.isBool(); }
+
+int isString(const Value& v) { return v.isString(); }
+
+int isDefined(const Value&) {
+    output().print("function isdefined is not yet implemented: sorry", true, PrintMode::markup);
+    return 0;
+}
+
+}  // namespace vorpen::builtin

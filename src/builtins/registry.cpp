@@ -1,0 +1,483 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "builtins/registry.h"
+
+#include <math.h>
+
+#include <algorithm>
+#include <array>
+
+#include "base/errors.h"
+#include "builtins/array_bodies.h"
+#include "builtins/clock_bodies.h"
+#include "builtins/constants.h"
+#include "builtins/exact_bodies.h"
+#include "builtins/function_bodies.h"
+#include "builtins/language_bodies.h"
+#include "builtins/model_bodies.h"
+#include "builtins/random_bodies.h"
+#include "builtins/reduction_bodies.h"
+#include "builtins/scalar_bodies.h"
+#include "builtins/set_bodies.h"
+#include "builtins/string_bodies.h"
+#include "numerics/scalar_functions.h"
+
+namespace vorpen {
+namespace {
+
+// ---- rows
+
+template <class Body>
+struct Row {
+    std::string_view name;
+    Body body;
+    unsigned traits = NO_TRAIT;
+};
+
+struct GeneralRow {
+    std::string_view name;
+    GeneralBody body;
+    int minArgs, maxArgs;
+    unsigned traits = NO_TRAIT;
+};
+
+constexpr int noLimit = -1;
+
+/// A name that a template can be made for.
+template <std::size_t N>
+struct Name {
+    char text[N];
+    consteval Name(const char (&literal)[N]) { std::copy_n(literal, N, text); }
+    [[nodiscard]] constexpr std::string_view view() const { return {text, N - 1}; }
+};
+
+[[noreturn]] void raiseNotAvailable(std::string_view name) {
+    raiseRuntimeError(std::string(name) + " is not available yet");
+}
+
+/// The body of a function that is not there yet.
+template <Name name, class Body>
+struct Absent;
+template <Name name, class Result, class... Arguments>
+struct Absent<name, Result (*)(Arguments...)> {
+    static Result body(Arguments...) { raiseNotAvailable(name.view()); }
+};
+
+template <Name name, class Body, unsigned traits = NO_TRAIT>
+constexpr Row<Body> absent{name.view(), Absent<name, Body>::body, NOT_AVAILABLE | traits};
+
+template <Name name, class Body, unsigned traits = NO_TRAIT>
+constexpr Row<BuiltinBody> absentOf{name.view(), BuiltinBody(Absent<name, Body>::body), NOT_AVAILABLE | traits};
+
+template <Name name>
+constexpr GeneralRow absentGeneral(int minArgs, int maxArgs, unsigned traits = NO_TRAIT) {
+    return {name.view(), Absent<name, GeneralBody>::body, minArgs, maxArgs, NOT_AVAILABLE | traits};
+}
+
+// ---- the tables; the order of the rows is the index
+
+// clang-format off
+constexpr Row<TicLikeBody> ticLikeTable[] = {
+    {"tic", builtin::startClock},
+    {"toc", builtin::elapsedMilliseconds},
+    {"Toc", builtin::elapsedSeconds},
+    absent<"fix", TicLikeBody>,
+    absent<"unfix", TicLikeBody>,
+    {"rnd", builtin::uniformNumber},
+    absent<"help", TicLikeBody>,
+    {"on", builtin::on},
+    {"off", builtin::off},
+    {"end", builtin::endOutsideIndex, END_OF_INDEX},
+    absent<"update", TicLikeBody>,
+    absent<"getkeyb", TicLikeBody>,
+    absent<"getch", TicLikeBody>,
+    {"pi", builtin::pi},
+};
+
+constexpr Row<AnsBody> ansTable[] = {
+    {"ans", builtin::lastAnswer},
+    {"true", builtin::trueValue},
+    {"false", builtin::falseValue},
+    {"exepath", builtin::programPath},
+    {"oclock", builtin::timeOfDay},
+    {"today", builtin::dateText},
+};
+
+constexpr Row<RealBody> realFuncTable[] = {
+    {"sqrt", ::sqrt, THREAD_SAFE},
+    {"exp", ::exp, THREAD_SAFE},
+    {"sin", ::sin, THREAD_SAFE},
+    {"cos", ::cos, THREAD_SAFE},
+    {"tan", ::tan, THREAD_SAFE},
+    {"asin", ::asin, THREAD_SAFE},
+    {"acos", ::acos, THREAD_SAFE},
+    {"atan", ::atan, THREAD_SAFE},
+    {"log", ::log, THREAD_SAFE},
+    {"ln", ::log, THREAD_SAFE},
+    {"log10", ::log10, THREAD_SAFE},
+    {"sinh", ::sinh, THREAD_SAFE},
+    {"cosh", ::cosh, THREAD_SAFE},
+    {"tanh", ::tanh, THREAD_SAFE},
+    {"asinh", ::asinh, THREAD_SAFE},
+    {"acosh", ::acosh, THREAD_SAFE},
+    {"atanh", ::atanh, THREAD_SAFE},
+    {"abs", ::fabs, THREAD_SAFE},
+    {"erf", ::erf, THREAD_SAFE},
+    {"erfc", ::erfc, THREAD_SAFE},
+    {"gamma", ::tgamma, THREAD_SAFE},
+    {"lgamma", builtin::logGamma, THREAD_SAFE},
+    {"log2", log2Raised, THREAD_SAFE},
+    {"sign", sign, THREAD_SAFE},
+    {"fstep", fstep, THREAD_SAFE},
+    {"tophat", tophat, THREAD_SAFE},
+    {"floor", ::floor, THREAD_SAFE},
+    {"ceil", ::ceil, THREAD_SAFE},
+    {"ceiling", ::ceil, THREAD_SAFE},
+    {"round", ::round, THREAD_SAFE},
+    {"sinc", sinc, THREAD_SAFE},
+    {"conj", builtin::realPart, THREAD_SAFE},
+    {"real", builtin::realPart, THREAD_SAFE},
+    {"imag", builtin::imaginaryPart, THREAD_SAFE},
+    {"arg", phase, THREAD_SAFE},
+    {"G", ::tgamma, THREAD_SAFE},
+    {"besselj0", besselJ0},
+    {"besselj1", besselJ1},
+    {"airy", airy},
+    {"isnan", nanFlag, THREAD_SAFE},
+    {"erfinv", erfinv},
+    {"zeta", zeta},
+};
+
+constexpr Row<IntBody> intFuncTable[] = {
+    absent<"close", IntBody>,
+    {"randseed", builtin::setSeed},
+    {"pause", builtin::waitMilliseconds},
+    {"wait", builtin::waitMilliseconds},
+    {"lower", lowerCase},
+    absent<"grid", IntBody>,
+    absent<"fclose", IntBody>,
+    absent<"feof", IntBody>,
+    {"bitweight", bitWeight},
+};
+
+/// The rows that reduce a whole value; all others reduce columns.
+constexpr std::size_t wholeValueToDoubleRows = 3;
+constexpr Row<ValueToDoubleBody> valueToDoubleTable[] = {
+    {"numeric_limits", builtin::numericLimits},
+    {"trace", builtin::trace},
+    {"grindex", builtin::componentCount},
+    {"mean", builtin::mean},
+    {"sumsq", builtin::sumOfSquares},
+    {"variance", builtin::variance},
+    {"stdev", builtin::standardDeviation},
+    {"elsum", builtin::sumOfElements},
+    {"min", builtin::minimum},
+    {"max", builtin::maximum},
+    {"range", builtin::range},
+    {"prod", builtin::product},
+    {"binteg", builtin::integralOfSamples},
+    {"$lastElement", builtin::lastElement},
+    {"norm", builtin::norm},
+};
+
+/// The rows that reduce columns; all others reduce a whole value.
+constexpr std::size_t columnToIntRows = 6;
+constexpr Row<ValueToIntBody> valueToIntTable[] = {
+    {"all", builtin::allNonZero, LOGICAL},
+    {"any", builtin::anyNonZero, LOGICAL},
+    {"minind", builtin::minimumIndex},
+    {"maxind", builtin::maximumIndex},
+    {"find", builtin::firstNonZero},
+    {"rfind", builtin::lastNonZero},
+    {"size", builtin::size},
+    {"nrow", builtin::rowCount},
+    {"ncol", builtin::columnCount},
+    {"type", builtin::formOf},
+    {"typeinfo", builtin::markOf},
+    {"isempty", builtin::isEmpty},
+    {"isscalar", builtin::isScalar},
+    {"isvector", builtin::isVector},
+    absent<"figure", ValueToIntBody, EMPTY_ARGUMENT>,
+    absent<"qplot", ValueToIntBody>,
+    absent<"subplot", ValueToIntBody>,
+    {"isboolean", builtin::isBoolean},
+    {"ischar", builtin::isString},
+    absent<"setLU", ValueToIntBody>,
+    absent<"messageBox", ValueToIntBody>,
+    {"isdefined", builtin::isDefined},
+    {"isnum", builtin::isNumber},
+};
+
+constexpr Row<BuiltinBody> vectorToDoubleTable[] = {
+    {"seq", builtin::evenlySpaced},
+    {"linspace", builtin::evenlySpaced},
+    {"zeros", builtin::zeros},
+    {"ones", builtin::ones},
+    {"eye", builtin::identity},
+    {"rand", builtin::uniformArray},
+    {"randexp", builtin::exponentialArray},
+    {"err", builtin::normalArray},
+    {"cumsum", builtin::runningSum},
+    {"reverse", builtin::reverse},
+    {"shuffle", builtin::shuffle},
+    {"diff", builtin::differences},
+    {"diff2", builtin::secondDifferences},
+    {"vdiffer", builtin::sampledDerivative},
+    {"top", builtin::top},
+    {"pop", builtin::pop},
+    absentOf<"getmouse", VectorToDoubleBody, EMPTY_ARGUMENT>,
+    absentOf<"setmouse", VectorToDoubleBody>,
+    absentOf<"getclick", VectorToDoubleBody, EMPTY_ARGUMENT>,
+    {"unique", builtin::unique},
+    {"colsums", builtin::columnSums},
+    {"rowsums", builtin::rowSums},
+    absentOf<"inv", VectorToDoubleBody>,
+    absentOf<"det", VectorToDoubleBody>,
+    absentOf<"eigval", ChangingToDoubleBody>,
+    absentOf<"eigvec", ChangingToDoubleBody>,
+    absentOf<"SGfilter", VectorToDoubleBody>,
+    {"qpop", builtin::popFirst},
+    {"zipkey", builtin::packKey},
+    {"eval", builtin::evaluate},
+};
+
+constexpr Row<BuiltinBody> vectorToIntTable[] = {
+    {"rat", builtin::rationalApproximation},
+    {"whatis", builtin::closedForm},
+    {"findall", builtin::findAll},
+    {"irand", builtin::integerArray},
+    {"unbinary", builtin::fromBinaryDigits},
+    {"shape", builtin::shape},
+    {"sortind", builtin::sortIndices},
+    {"sortit", builtin::sortInPlace},
+    {"polyshow", builtin::polynomialText},
+    {"nextPerm", builtin::nextPermutation},
+    {"prevPerm", builtin::previousPermutation},
+    absentOf<"figpos", VectorToIntBody, EMPTY_ARGUMENT>,
+    absentOf<"wipe", VectorToIntBody, EMPTY_ARGUMENT>,
+    {"trim", builtin::trim},
+    {"sortrows", builtin::sortedRowOrder},
+    absentOf<"sysCommand", VectorToIntBody>,
+    absentOf<"useColour", VectorToIntBody>,
+    {"unzipg", builtin::components},
+    absentOf<"getline", VectorToIntBody>,
+    {"unzipkey", builtin::unpackKey},
+};
+
+/// The rows with parameters and points; all others have an optional second
+/// argument.
+constexpr std::size_t functorRows = 10;
+constexpr Row<BuiltinBody> twoArgTable[] = {
+    {"poly", builtin::polynomial},
+    {"poisson", builtin::poisson},
+    {"bnc", builtin::binomialCoefficient},
+    {"interp", builtin::cubicInterpolation},
+    {"qfind", builtin::positionInSorted},
+    {"gauss", builtin::gaussian},
+    {"lor", builtin::lorentzian},
+    {"besselj", builtin::besselOfOrder},
+    {"linterp", builtin::linearInterpolation},
+    {"binomial", builtin::binomial},
+    {"diag", builtin::diagonal},
+    {"reshape", builtin::reshape},
+    absentOf<"dragable", TwoArgBody>,
+    {"str", builtin::toText},
+    {"push", builtin::push},
+    absentOf<"replot_move", TwoArgBody>,
+    {"sort", builtin::sort},
+    {"issubset", builtin::isSubset},
+    {"intersect", builtin::intersection},
+    {"union", builtin::unionOf},
+    {"setminus", builtin::difference},
+    {"setxor", builtin::symmetricDifference},
+    absentOf<"fopen", TwoArgBody>,
+    absentOf<"fread", TwoArgBody>,
+    absentOf<"fwrite", TwoArgBody>,
+    {"swaprows", builtin::swapRows},
+    absentOf<"solve", TwoArgBody>,
+    {"strfind", builtin::findText},
+    {"findstr", builtin::findText},
+    {"str2num", builtin::toNumber},
+    {"before", builtin::before},
+    {"error", builtin::fail},
+    absentOf<"smooth", TwoArgBody>,
+    absentOf<"circle", TwoArgBody>,
+    absentOf<"getpixel", TwoArgBody>,
+    absentOf<"loadBitmap", TwoArgBody>,
+    {"binary", builtin::binaryDigits},
+};
+
+/// The first rows return lists, the next complex numbers, then integers; the
+/// rest returns doubles.
+constexpr std::size_t listRows = 4, complexRows = 4, integerRows = 27;
+constexpr GeneralRow generalTable[] = {
+    {"dir", builtin::listDirectory, 0, 1, WORD_FORM},
+    {"list", builtin::makeList, 0, noLimit, ANY_ARGUMENT},
+    {"split", builtin::split, 1, 3},
+    absentGeneral<"readtext">(1, 1),
+    {"complex", builtin::complexFromParts, 2, 2},
+    absentGeneral<"fft">(1, 1, ANY_ARGUMENT),
+    absentGeneral<"ifft">(1, 1, ANY_ARGUMENT),
+    absentGeneral<"cdiag">(1, 1, ANY_ARGUMENT),
+    absentGeneral<"plot">(1, noLimit),
+    absentGeneral<"loglog">(1, noLimit),
+    absentGeneral<"semilogx">(1, noLimit),
+    absentGeneral<"semilogy">(1, noLimit),
+    {"disp", builtin::display, 1, noLimit, ANY_ARGUMENT},
+    {"cd", builtin::changeDirectory, 0, 1, WORD_FORM},
+    absentGeneral<"errbar">(3, 3),
+    absentGeneral<"barchart">(2, 3),
+    absentGeneral<"replot">(0, 3),
+    absentGeneral<"text">(2, 5),
+    absentGeneral<"title">(1, 2),
+    absentGeneral<"xlabel">(1, 2),
+    absentGeneral<"ylabel">(1, 2),
+    absentGeneral<"fill">(2, noLimit),
+    {"assert", builtin::assertTrue, 1, noLimit},
+    absentGeneral<"debug">(0, noLimit),
+    absentGeneral<"createButton">(1, 3),
+    absentGeneral<"menu">(2, 2, ANY_ARGUMENT),
+    absentGeneral<"dispfile">(1, 2),
+    {"join", builtin::join, 1, 2, ANY_ARGUMENT},
+    absentGeneral<"print">(1, 1),
+    absentGeneral<"save">(2, noLimit, ANY_ARGUMENT),
+    absentGeneral<"qsave">(2, 2),
+    absentGeneral<"writetext">(2, 2, ANY_ARGUMENT),
+    {"pad", builtin::pad, 2, 4},
+    absentGeneral<"snipImage">(2, 3),
+    absentGeneral<"fplot">(1, 3),
+    absentGeneral<"axis">(1, 4, EMPTY_ARGUMENT),
+    absentGeneral<"load">(1, 2),
+    absentGeneral<"qload">(1, 1),
+    absentGeneral<"slf">(2, 4),
+    absentGeneral<"debugtest">(0, noLimit),
+    absentGeneral<"property">(2, 3, WORD_FORM),
+    {"$multiassign", builtin::assignEach, 1, noLimit},
+    {"fzero", builtin::fzero, 1, 5},
+    {"differ", builtin::differ, 1, 3},
+    {"fminbrac", builtin::fminbrac, 2, 3},
+    {"fmin", builtin::fmin, 2, 3},
+    {"sum", builtin::sum, 1, 3},
+    {"table", builtin::table, 2, 3},
+    absentGeneral<"lsfit">(4, 7),
+    absentGeneral<"qinteg">(2, 4),
+    absentGeneral<"integ">(0, noLimit),
+    absentGeneral<"eigvv">(1, 1),
+    absentGeneral<"set">(0, 2),
+    absentGeneral<"ode">(5, 5),
+    absentGeneral<"odetest">(5, 5),
+};
+// clang-format on
+
+// ---- complex variants
+
+struct ComplexPair {
+    RealBody real;
+    ComplexVariant variant;
+};
+
+/// Pairs in the order in which they are entered. `conj` and `real` share one
+/// body, so the later pair, the real part, holds for both.
+constexpr ComplexPair complexPairs[] = {
+    {::sqrt, {builtin::complexSqrt, COMPLEX_VAL}},
+    {::exp, {builtin::complexExp, COMPLEX_VAL}},
+    {::log, {builtin::complexLog, COMPLEX_VAL}},
+    {::sin, {builtin::complexSin, COMPLEX_VAL}},
+    {::cos, {builtin::complexCos, COMPLEX_VAL}},
+    {::tan, {builtin::complexTan, COMPLEX_VAL}},
+    {::sinh, {builtin::complexSinh, COMPLEX_VAL}},
+    {::cosh, {builtin::complexCosh, COMPLEX_VAL}},
+    {::tanh, {builtin::complexTanh, COMPLEX_VAL}},
+    {builtin::realPart, {builtin::complexConjugate, COMPLEX_VAL}},
+    {builtin::realPart, {builtin::complexRealPart, DOUBLE_VAL}},
+    {builtin::imaginaryPart, {builtin::complexImaginaryPart, DOUBLE_VAL}},
+    {::fabs, {builtin::complexModulus, DOUBLE_VAL}},
+    {phase, {builtin::complexPhase, DOUBLE_VAL}},
+};
+
+// ---- all rows by name
+
+constexpr std::size_t builtinCount = std::size(ticLikeTable) + std::size(ansTable) + std::size(realFuncTable) +
+                                     std::size(intFuncTable) + std::size(valueToDoubleTable) +
+                                     std::size(valueToIntTable) + std::size(vectorToDoubleTable) +
+                                     std::size(vectorToIntTable) + std::size(twoArgTable) + std::size(generalTable);
+
+struct ArgumentLimits {
+    int minArgs, maxArgs;
+};
+
+constexpr ArgumentLimits limitsOf(BuiltinKind kind) {
+    switch (kind) {
+        case TICLIKE: return {0, 0};
+        case ANSFUNC: return {0, 1};
+        case TWOARG: return {1, 2};
+        case FUNCTOR: return {2, 2};
+        default: return {1, 1};
+    }
+}
+
+constexpr int generalResultType(std::size_t row) {
+    if (row < listRows) return LIST_VAL;
+    if (row < listRows + complexRows) return COMPLEX_VAL;
+    return row < listRows + complexRows + integerRows ? INTEGER_VAL : DOUBLE_VAL;
+}
+
+using Registry = std::array<BuiltinInfo, builtinCount>;
+
+consteval Registry makeRegistry() {
+    Registry all;
+    std::size_t n = 0;
+    // The first rows of some tables are of another kind than the rest.
+    const auto add = [&](const auto& table, int resultType, BuiltinKind kind, std::size_t otherRows = 0,
+                         BuiltinKind otherKind = GENERAL) {
+        int index = 0;
+        for (const auto& row : table) {
+            const BuiltinKind its = static_cast<std::size_t>(index) < otherRows ? otherKind : kind;
+            const auto [least, most] = limitsOf(its);
+            all[n++] = {row.name, its, index++, resultType, least, most, row.traits, BuiltinBody(row.body)};
+        }
+    };
+    add(ticLikeTable, DOUBLE_VAL, TICLIKE);
+    add(ansTable, DOUBLE_VAL, ANSFUNC);
+    add(realFuncTable, DOUBLE_VAL, SCALAR2SCALAR);
+    add(intFuncTable, INTEGER_VAL, SCALAR2SCALAR);
+    add(valueToDoubleTable, DOUBLE_VAL, COLUMN2SCALAR, wholeValueToDoubleRows, VALUE2SCALAR);
+    add(valueToIntTable, INTEGER_VAL, VALUE2SCALAR, columnToIntRows, COLUMN2SCALAR);
+    add(vectorToDoubleTable, DOUBLE_VAL, VECTOR2VECTOR);
+    add(vectorToIntTable, INTEGER_VAL, VECTOR2VECTOR);
+    add(twoArgTable, DOUBLE_VAL, TWOARG, functorRows, FUNCTOR);
+    int index = 0;
+    for (const GeneralRow& row : generalTable) {
+        const int type = generalResultType(static_cast<std::size_t>(index));
+        all[n++] = {row.name, GENERAL, index++, type, row.minArgs, row.maxArgs, row.traits, BuiltinBody(row.body)};
+    }
+    std::ranges::sort(all, {}, &BuiltinInfo::name);
+    return all;
+}
+
+constexpr Registry registry = makeRegistry();
+static_assert(std::ranges::adjacent_find(registry, {}, &BuiltinInfo::name) == registry.end());
+
+}  // namespace
+
+const BuiltinInfo* findBuiltin(std::string_view name) {
+    const auto place = std::ranges::lower_bound(registry, name, {}, &BuiltinInfo::name);
+    return place != registry.end() && place->name == name ? &*place : nullptr;
+}
+
+std::span<const BuiltinInfo> allBuiltins() { return registry; }
+
+std::optional<ComplexVariant> complexVariantOf(RealBody body) {
+    const auto pair = std::find_if(std::rbegin(complexPairs), std::rend(complexPairs),
+                                   [body](const ComplexPair& p) { return p.real == body; });
+    if (pair == std::rend(complexPairs)) return std::nullopt;
+    return pair->variant;
+}
+
+ComplexVariantCounts complexVariantCounts() {
+    std::vector<RealBody> functions;
+    for (const ComplexPair& pair : complexPairs)
+        if (std::ranges::find(functions, pair.real) == functions.end()) functions.push_back(pair.real);
+    return {static_cast<int>(functions.size()), static_cast<int>(std::size(complexPairs))};
+}
+
+}  // namespace vorpen
