@@ -19,8 +19,7 @@ INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.M)
 WINDOW_LIBRARY = re.compile(r'^(Q[A-Z]\w*(\.h)?|Qt\w*/.*|q[a-z]+\.h)$')
 LICENCE = 'SPDX-License-Identifier: GPL-3.0-or-later'
 SOURCES = ('.h', '.cpp')
-# Everything with comments that is written for this project.
-LICENSED = SOURCES + ('.py', '.sh', '.cmake', '.lua', '.case', 'CMakeLists.txt')
+LICENSED = SOURCES + ('.py', '.sh', '.cmake', '.lua', 'CMakeLists.txt')
 LICENSED_FOLDERS = ('src', 'tests', 'bench', 'scripts')
 
 
