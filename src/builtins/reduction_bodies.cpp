@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "base/multiversion.h"
 #include "base/output.h"
@@ -29,48 +30,64 @@ double squareSum(const double* x, std::int64_t n) {
     return total;
 }
 
-/// The largest number among those that are not NaN, or `start`.
-VORPEN_MULTIVERSION
-double largestOf(double start, const double* x, std::int64_t n) {
-    double best[lanes];
-    std::fill_n(best, lanes, start);
+/// Doubles that one comparison handles together on every processor; the
+/// compiler does not vectorise a loop on single elements with a condition in
+/// it. Four of them in turn keep the comparisons from waiting for each other.
+using Pair [[gnu::vector_size(16)]] = double;
+constexpr int pairs = 4;
+
+/// The extreme among the numbers that are not NaN, or `start`; `isBetter`
+/// compares two numbers or two pairs.
+template <class IsBetter>
+double extremeFrom(double start, const double* x, std::int64_t n, IsBetter isBetter) {
+    Pair best[pairs], next;
+    for (Pair& b : best) b = Pair{start, start};
     std::int64_t i = 0;
-    for (; i + lanes <= n; i += lanes)
-        for (int k = 0; k < lanes; ++k) best[k] = x[i + k] > best[k] ? x[i + k] : best[k];
-    for (; i < n; ++i) best[0] = x[i] > best[0] ? x[i] : best[0];
-    for (const double b : best) start = b > start ? b : start;
+    for (; i + 2 * pairs <= n; i += 2 * pairs)
+        for (int k = 0; k < pairs; ++k) {
+            std::memcpy(&next, x + i + 2 * k, sizeof next);
+            best[k] = isBetter(next, best[k]) ? next : best[k];
+        }
+    for (; i < n; ++i) start = isBetter(x[i], start) ? x[i] : start;
+    for (const Pair& b : best)
+        for (int k = 0; k < 2; ++k) start = isBetter(b[k], start) ? b[k] : start;
     return start;
 }
 
-VORPEN_MULTIVERSION
-double smallestOf(double start, const double* x, std::int64_t n) {
-    double best[lanes];
-    std::fill_n(best, lanes, start);
-    std::int64_t i = 0;
-    for (; i + lanes <= n; i += lanes)
-        for (int k = 0; k < lanes; ++k) best[k] = x[i + k] < best[k] ? x[i + k] : best[k];
-    for (; i < n; ++i) best[0] = x[i] < best[0] ? x[i] : best[0];
-    for (const double b : best) start = b < start ? b : start;
-    return start;
+double largestOf(double start, const double* x, std::int64_t n) {
+    return extremeFrom(start, x, n, [](auto a, auto b) { return a > b; });
 }
+
+double smallestOf(double start, const double* x, std::int64_t n) {
+    return extremeFrom(start, x, n, [](auto a, auto b) { return a < b; });
+}
+
+using Extreme = double (*)(double start, const double* x, std::int64_t n);
 
 /// Position from 0 of the first extreme of a double vector that is not empty.
 /// A NaN in front compares false with everything and stays.
-template <class Extreme>
-std::int64_t firstExtreme(const DoubleValue& v, Extreme extreme) {
+int firstPosition(const DoubleValue& v, Extreme extreme) {
     if (std::isnan(v[0])) return 0;
     const double best = extreme(v[0], v.data(), v.size());
-    return std::find(v.data(), v.data() + v.size(), best) - v.data();
+    return static_cast<int>(std::find(v.data(), v.data() + v.size(), best) - v.data());
 }
 
 int positionOfMinimum(const Value& v) {
-    if (v.valueType() != DOUBLE_VAL) return v.indexOfMin();
-    return static_cast<int>(firstExtreme(asDouble(v), smallestOf));
+    return v.valueType() == DOUBLE_VAL ? firstPosition(asDouble(v), smallestOf) : v.indexOfMin();
 }
 
 int positionOfMaximum(const Value& v) {
-    if (v.valueType() != DOUBLE_VAL) return v.indexOfMax();
-    return static_cast<int>(firstExtreme(asDouble(v), largestOf));
+    return v.valueType() == DOUBLE_VAL ? firstPosition(asDouble(v), largestOf) : v.indexOfMax();
+}
+
+/// The first extreme of a vector itself; 0 for an empty one.
+double extremeOf(const Value& v, Extreme extreme) {
+    if (v.isEmpty()) return 0;
+    DoubleValue scratch;
+    const DoubleValue& x = asDoubles(v, scratch);
+    const double best = extreme(x[0], x.data(), x.size());
+    // Zeros of both signs are equal, and the first one counts.
+    return best == 0 ? x[firstPosition(x, extreme)] : best;
 }
 
 /// The sum of squares of integers, each square formed in 32 bits, where it
@@ -106,17 +123,9 @@ double variance(const Value& v) {
 
 double standardDeviation(const Value& v) { return std::sqrt(variance(v)); }
 
-double minimum(const Value& v) {
-    if (v.isEmpty()) return 0;
-    DoubleValue scratch;
-    return asDoubles(v, scratch)[positionOfMinimum(v)];
-}
+double minimum(const Value& v) { return extremeOf(v, smallestOf); }
 
-double maximum(const Value& v) {
-    if (v.isEmpty()) return 0;
-    DoubleValue scratch;
-    return asDoubles(v, scratch)[positionOfMaximum(v)];
-}
+double maximum(const Value& v) { return extremeOf(v, largestOf); }
 
 double range(const Value& v) { return maximum(v) - minimum(v); }
 

@@ -9,16 +9,45 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <filesystem>
 
 #include "builtins/function_arguments.h"
 #include "builtins_support.h"
+#include "engine/calc.h"
 #include "eval/elements.h"
-#include "statement_session.h"
 
 namespace vorpen {
 namespace {
 
 using namespace testing;
+
+/// An engine that runs scripts; what they print is kept.
+class Session {
+public:
+    Session() : host_(std::filesystem::temp_directory_path().string()), calc_(host_, true) {
+        calc_.console().setLineListener([this](const std::string& line) { printed_.push_back(line); });
+    }
+
+    /// Runs a script of whole lines; the lines that it printed.
+    std::vector<std::string> run(const std::string& script) {
+        printed_.clear();
+        calc_.beginInput(script, 's');
+        calc_.run();
+        calc_.console().endLine();
+        return printed_;
+    }
+
+    UserFunc& function(const std::string& name) { return *calc_.functions().find(name); }
+    DoubleValue& variable(const std::string& name) { return asDouble(*calc_.symbols().classify(name).found); }
+    double number(const std::string& name) { return variable(name)[0]; }
+
+private:
+    TestHost host_;
+    Calc calc_;
+    std::vector<std::string> printed_;
+};
+
+using Lines = std::vector<std::string>;
 
 /// The last of so many inputs.
 FuncRefElement lastInput(int inputs) {
@@ -86,9 +115,9 @@ TEST(ArgumentForms, OfFitsAndEquationsDoNotDependOnTheFunction) {
 }
 
 TEST(ArgumentForms, AnInputWithADefaultNeedsNoParameter) {
-    StatementSession session;
-    session.run("function y=f(x, p=3)\n    y=x-p");
-    FuncRefElement f(*session.functions.find("f"));
+    Session session;
+    EXPECT_EQ(session.run("function y=f(x, p:3); y=x-p; end"), Lines{});
+    FuncRefElement f(session.function("f"));
     DoubleValue point(1.0), parameter(2.0);
     auto arguments = argumentsOf(f, {&point});
     MethodFunction alone(bindFunctionArgs(arguments));
@@ -159,8 +188,10 @@ TEST(FunctionBodies, AnswerRealNumbersOnly) {
 }
 
 TEST(FunctionBodies, FminGivesTheValueToTheFirstFurtherOutput) {
-    StatementSession session;
-    session.run("f(x):=(x-2)^2+5;\nv=0;w=7;\n[x,v,w]=fmin(f,0);");
+    Session session;
+    EXPECT_EQ(session.run("f(x) := (x-2)^2+5"), Lines{});
+    EXPECT_EQ(session.run("v=0;w=7;"), Lines{});
+    EXPECT_EQ(session.run("[x,v,w]=fmin(f,0);"), Lines{});
     EXPECT_NEAR(session.number("x"), 2, 1e-7);
     EXPECT_NEAR(session.number("v"), 5, 1e-12);
     EXPECT_EQ(session.number("w"), 7);
@@ -182,48 +213,47 @@ TEST(FunctionBodies, AToleranceWithASecondElementLeavesTheOutput) {
 }
 
 TEST(FunctionBodies, AFailureOfTheFunctionUnwindsTheMethod) {
-    StatementSession session;
-    session.run("function y=f(x)\n    if x<1.6\n        error('too small')\n    y=x-1");
-    for (const char* line : {"x=fzero(f,[0,3]);", "x=fzero(f,2);", "x=fmin(f,2);", "x=fminbrac(f,2);",
-                             "x=differ(f,1:3);", "x=sum(f,1:3);", "x=table(f,1:3);"}) {
-        session.lines.clear();
-        session.run("x=42;");
-        EXPECT_EQ(session.failure(line), "r too small") << line;
-        EXPECT_EQ(session.lines, std::vector<std::string>{"in f;"}) << line;
-        EXPECT_EQ(session.functions.find("f")->depth(), 0) << line;
-        EXPECT_EQ(session.number("x"), 42) << line;
+    Session session;
+    EXPECT_EQ(session.run("f(x) := { if any(x<1.6) { error('too small'); } return x-1; }"), Lines{});
+    for (const char* call : {"fzero(f,[0,3])", "fzero(f,2)", "fmin(f,2)", "fminbrac(f,2)", "differ(f,1:3)",
+                             "sum(f,1:3)", "table(f,1:3)"}) {
+        EXPECT_EQ(session.run("x=42;"), Lines{});
+        EXPECT_EQ(session.run(std::string("x=") + call + ";"), (Lines{"in f;", "{r too small}"})) << call;
+        EXPECT_EQ(session.function("f").depth(), 0) << call;
+        EXPECT_EQ(session.number("x"), 42) << call;
     }
-    session.run("x=sum(f,2:4);");
+    EXPECT_EQ(session.run("x=sum(f,2:4);"), Lines{});
     EXPECT_EQ(session.number("x"), 6);
 }
 
 TEST(FunctionBodies, AMethodMayRunInsideItsOwnFunction) {
-    StatementSession session;
+    Session session;
     // The square root of y as a root, so that the outer root is 9.
-    session.run("function y=below(p,x)\n    y=x^2-p");
-    session.run("function y=outer(x)\n    y=fzero(below,x,[0,10])-3");
-    session.run("r=fzero(outer,[1,20]);");
+    session.run("below(p,x) := x^2-p");
+    session.run("function y=outer(x); y=fzero(below,x,[0,10])-3; end");
+    EXPECT_EQ(session.run("r=fzero(outer,[1,20]);"), Lines{});
     EXPECT_NEAR(session.number("r"), 9, 1e-8);
     // A function that asks for a root of itself, one level down.
-    session.run("function y=again(n,x)\n    y=x-n\n    if n>0\n        y=x-n-fzero(again,n-1,[-9,9])");
-    session.run("r=fzero(again,3,[-20,20]);");
+    session.run("again(n,x) := { if n>0 { return x-n-fzero(again,n-1,[-9,9]); } return x-n; }");
+    EXPECT_EQ(session.run("r=fzero(again,3,[-20,20]);"), Lines{});
     EXPECT_NEAR(session.number("r"), 6, 1e-8);
-    session.run("function y=least(p)\n    y=fmin((x-p)^2;x,0)");
-    session.run("function y=height(p)\n    y=(least(p)-4)^2");
-    session.run("r=fmin(height,0);");
+    EXPECT_EQ(session.function("again").depth(), 0);
+    session.run("least(p) := fmin((x-p)^2;x,0)");
+    session.run("height(p) := (least(p)-4)^2");
+    EXPECT_EQ(session.run("r=fmin(height,0);"), Lines{});
     EXPECT_NEAR(session.number("r"), 4, 1e-5);
-    EXPECT_EQ(session.functions.find("again")->depth(), 0);
 }
 
 TEST(FunctionBodies, TheFunctionMayChangeTheVariablesThatHoldTheArguments) {
-    StatementSession session;
-    session.run("x=[1,2,3];p=[1,1];\nfunction y=f(q,t)\n    global x,p\n    x=[]\n    p=[10,20,30]\n    y=q[1]*t");
-    for (const auto& [line, result] : std::vector<std::pair<std::string, std::vector<double>>>{
-             {"r=table(f,p,x);", {1, 20, 30}}, {"r=sum(f,p,x);", {51}}, {"r=fzero(f,p,x-2);", {0}}}) {
-        session.run("x=[1,2,3];p=[1,1];");
-        EXPECT_EQ(session.failure(line), "none") << line;
-        EXPECT_EQ(session.items("r"), result) << line;
-        EXPECT_TRUE(session.doubles("x").isEmpty()) << line;
+    Session session;
+    session.run("x=[1,2,3]; p=[1,1];");
+    EXPECT_EQ(session.run("function y=f(q,t); global x,p; x=[]; p=[10,20,30]; y=q[1]*t; end"), Lines{});
+    for (const auto& [line, result] : std::vector<std::pair<std::string, std::string>>{
+             {"r=table(f,p,x);", "1; 20; 30"}, {"r=sum(f,p,x);", "51"}, {"r=fzero(f,p,x-2);", "0"}}) {
+        session.run("x=[1,2,3]; p=[1,1];");
+        EXPECT_EQ(session.run(line), Lines{}) << line;
+        EXPECT_EQ(described(session.variable("r")), result) << line;
+        EXPECT_TRUE(session.variable("x").isEmpty()) << line;
     }
 }
 
