@@ -86,6 +86,7 @@ StatementPtr Calc::compileInput() {
 }
 
 bool Calc::run() {
+    symbols_.forgetRemoved();
     runState().running = true;
     runState().forgetNotedLine();
     try {

@@ -52,18 +52,9 @@ class ReadIndex {
 public:
     explicit ReadIndex(const IndexReader& reader) {
         if (reader.readVariable(number_)) return;
-        Value* workspace;
-        if (reader.workspaceType() == DOUBLE_VAL)
-            workspace = doubles_ = new (room_) DoubleValue;
-        else
-            workspace = integers_ = new (room_) IntValue;
-        outcome_ = reader.evaluate(workspace);
+        outcome_ = reader.evaluate(workspace_.emplace(reader.workspaceType()).get());
         isNumber_ = IndexReader::isPlainNumber(outcome_);
         number_ = outcome_.number;
-    }
-    ~ReadIndex() {
-        if (doubles_) doubles_->~DoubleValue();
-        if (integers_) integers_->~IntValue();
     }
     ReadIndex(const ReadIndex&) = delete;
     ReadIndex& operator=(const ReadIndex&) = delete;
@@ -77,9 +68,7 @@ private:
     double number_ = 0;
     bool isNumber_ = true;
     Outcome outcome_ = Outcome::scalar(0);
-    DoubleValue* doubles_ = nullptr;
-    IntValue* integers_ = nullptr;
-    alignas(16) unsigned char room_[std::max(sizeof(DoubleValue), sizeof(IntValue))];
+    std::optional<Workspace> workspace_;
 };
 
 /// True for a number that, truncated, lies in 1 to d.

@@ -27,6 +27,7 @@
 
 #include "eval/function_elements.h"
 #include "eval/return_statement.h"
+#include "eval/stack_room.h"
 #include "eval/statement.h"
 
 namespace vorpen {
@@ -202,7 +203,10 @@ private:
     [[noreturn]] void failWithoutBody() const;
     [[nodiscard]] bool ownsFramed(const Value* v) const;
     [[nodiscard]] DoubleValue& parameter(std::size_t i) { return asDouble(*locals_[i].value); }
-    void requireRoom() const;
+    void requireRoom() const {
+        if (static_cast<unsigned>(depth_) >= maxCallsInProgress || !stackHasRoom()) [[unlikely]] failWithoutRoom();
+    }
+    [[noreturn]] void failWithoutRoom() const;
     void begin();
     void end() noexcept;
     void pushFrame();

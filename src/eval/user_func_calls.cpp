@@ -8,7 +8,6 @@
 #include "base/errors.h"
 #include "base/output.h"
 #include "eval/run_state.h"
-#include "eval/stack_room.h"
 #include "eval/store.h"
 #include "eval/user_func.h"
 
@@ -92,9 +91,9 @@ void UserFunc::releaseLocals() noexcept {
         if (local.value->size() > 1) local.value->clear();
 }
 
-void UserFunc::requireRoom() const {
+void UserFunc::failWithoutRoom() const {
     Require(depth_ >= 0, "negative recursion depth: something is wrong", name());
-    Require(depth_ < maxCallsInProgress && stackHasRoom(), "max recursion depth exceeded", name());
+    throw RuntimeError("max recursion depth exceeded", name());
 }
 
 void UserFunc::begin() {
