@@ -53,6 +53,14 @@ bool isQuery(const TokenList& tokens) {
     return !tokens.empty() && (tokens[0].is(TOK_UNARY, '?') || tokens[0].is(TOK_UNARY, 'Q'));
 }
 
+/// True for the "=" behind the mark of a complex output in the head of a
+/// function: `function y* = f(x)`.
+bool marksOutput(const TokenList& tokens, const Token& token) {
+    const Token& first = tokens.front();
+    return token.is(TOK_ASSIGN, '=') && tokens.back().is(TOK_OP, '*') && first.is(TOK_NAME) &&
+           (first.text == "function" || first.text == "funcdec");
+}
+
 bool isGrow(const Token& token) { return token.code == 'g' && (token.is(TOK_ASSIGN) || token.is(TOK_UNARY)); }
 
 /// True when the tokens ask for more: they end in an operator, an assignment
@@ -413,6 +421,7 @@ void Scanner::placeOperator(Frame& frame, Token token, bool afterBlank) {
     } else if (wantsOperand(*last)) {
         const bool marksParameter = token.code == '^' && frame.terminator == ')' && isLetter(peek()) &&
                                     (last->is(TOK_SEP, ',') || last->is(TOK_SEP, ';'));
+        if (marksOutput(frame.tokens, token)) return push(frame, std::move(token));
         if (!isSign && !marksParameter) throw SyntaxError{"two adjacent operators"};
         token.kind = TOK_UNARY;
     } else if (token.code == '!') {

@@ -527,6 +527,14 @@ TEST(Scanner, ParameterByReference) {
     EXPECT_EQ(failure("f(a, ^2)"), "two adjacent operators");
 }
 
+TEST(Scanner, TheMarkOfAComplexOutputMayStandApartFromTheSign) {
+    const TokenList tokens = scan("function y* = f(x)");
+    ASSERT_GE(tokens.size(), 4u);
+    EXPECT_TRUE(tokens[2].is(TOK_OP, '*'));
+    EXPECT_TRUE(tokens[3].is(TOK_ASSIGN, '='));
+    EXPECT_EQ(failure("y* = 2"), "two adjacent operators");
+}
+
 TEST(Scanner, LongLinesTakeTimeByTheirLength) {
     // With a copy of the rest of the line in each token these would not end.
     const std::size_t count = 50000;
