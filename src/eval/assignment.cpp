@@ -59,6 +59,11 @@ void FastAssignStm::exe() {
 
 template <int Code>
 void OpAssignDStm<Code>::exe() {
+    double x;
+    if (lhs_->size() == 1 && rhsNumber_.read(x)) {
+        (*lhs_)[0] = applyOperator(Code, (*lhs_)[0], x);
+        return;
+    }
     DoubleValue workspace;
     const Outcome outcome = expression()->evaluate(&workspace);
     if (!outcome.isScalar())
@@ -75,6 +80,11 @@ template class OpAssignDStm<OP_TIMES>;
 template class OpAssignDStm<OP_DIVIDE>;
 
 void OpAssignIntStm::exe() {
+    double x;
+    if (lhs_->size() == 1 && rhsNumber_.read(x)) {
+        (*lhs_)[0] = applyOperator(code_, (*lhs_)[0], x);
+        return;
+    }
     IntValue workspace;
     const Outcome outcome = expression()->evaluate(&workspace);
     if (!outcome.isScalar())

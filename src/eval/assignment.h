@@ -15,6 +15,7 @@
 
 #include "eval/function_elements.h"
 #include "eval/indexing.h"
+#include "eval/number_source.h"
 #include "eval/statement.h"
 
 namespace vorpen {
@@ -48,8 +49,12 @@ public:
 template <int Code>
 class OpAssignDStm final : public AssignStm {
 public:
-    OpAssignDStm(int line, DoubleValue* lhs, EvaluatablePtr rhs) : AssignStm(line, lhs, std::move(rhs)) {}
+    OpAssignDStm(int line, DoubleValue* lhs, EvaluatablePtr rhs)
+        : AssignStm(line, lhs, std::move(rhs)), rhsNumber_(*expression()) {}
     void exe() override;
+
+private:
+    NumberSource rhsNumber_;
 };
 
 using AssignPlusDStm = OpAssignDStm<OP_PLUS>;
@@ -61,11 +66,12 @@ using AssignDivideDStm = OpAssignDStm<OP_DIVIDE>;
 class OpAssignIntStm final : public AssignStm {
 public:
     OpAssignIntStm(int line, DoubleValue* lhs, EvaluatablePtr rhs, int code)
-        : AssignStm(line, lhs, std::move(rhs)), code_(code) {}
+        : AssignStm(line, lhs, std::move(rhs)), code_(code), rhsNumber_(*expression()) {}
     void exe() override;
 
 private:
     int code_;
+    NumberSource rhsNumber_;
 };
 
 /// `x ,= v` and `x ;= v`: joins columns or rows to the target.

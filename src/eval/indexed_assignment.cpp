@@ -101,7 +101,12 @@ void storeIntoPlanes(DoubleValue& lhs, std::span<const int> planes, const Double
 
 SingleIndexedAssignStm::SingleIndexedAssignStm(int line, DoubleValue* lhs, EvaluatablePtr index, int irc,
                                                EvaluatablePtr rhs, char op)
-    : AssignStm(line, lhs, std::move(rhs)), index_(std::move(index)), reader_(*index_), irc_(irc), op_(op) {}
+    : AssignStm(line, lhs, std::move(rhs)),
+      index_(std::move(index)),
+      reader_(*index_),
+      rhsNumber_(*expression()),
+      irc_(irc),
+      op_(op) {}
 
 void SingleIndexedAssignStm::grow(int irc) {
     DoubleValue& x = *lhs_;
@@ -153,6 +158,13 @@ void SingleIndexedAssignStm::storeLines(const IntValue& index, int irc) {
 }
 
 void SingleIndexedAssignStm::exe() {
+    double k, x;
+    if (reader_.readVariable(k) && isIndexWithin(k, lhs_->size()) && selectsElements() && rhsNumber_.read(x))
+        return combine((*lhs_)[static_cast<int>(k) - 1], op_, x);
+    exeGeneral();
+}
+
+void SingleIndexedAssignStm::exeGeneral() {
     const ReadIndex read(reader_);
     if (read.isNumber() && selectsElements() && isIndexWithin(read.number(), lhs_->size())) {
         const int k = static_cast<int>(read.number());
@@ -247,13 +259,17 @@ void IndexedAssignStm::exe() {
 void IndexedAssignStm::store(const Outcome& right) {
     double r, c;
     DoubleValue& m = *lhs_;
-    if (!right.isScalar()) return storeBlock(right, ReadIndex(rowReader_).outcome(), nullptr);
-    if (rowReader_.readVariable(r) && columnReader_.readVariable(c)) {
+    if (right.isScalar() && rowReader_.readVariable(r) && columnReader_.readVariable(c)) {
         const int at = elementPosition(m, r, c);
         if (at >= 0) return combine(m[at], op_, right.number);
     }
+    storeAtIndices(right);
+}
+
+void IndexedAssignStm::storeAtIndices(const Outcome& right) {
+    DoubleValue& m = *lhs_;
     const ReadIndex row(rowReader_);
-    if (!row.isNumber() || !isIndexWithin(row.number(), m.nrow()))
+    if (!right.isScalar() || !row.isNumber() || !isIndexWithin(row.number(), m.nrow()))
         return storeBlock(right, row.outcome(), nullptr);
     const ReadIndex column(columnReader_);
     const int at = column.isNumber() ? elementPosition(m, row.number(), column.number()) : -1;

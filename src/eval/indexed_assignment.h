@@ -14,6 +14,7 @@
 
 #include "eval/assignment.h"
 #include "eval/index_reader.h"
+#include "eval/number_source.h"
 
 namespace vorpen {
 
@@ -30,6 +31,8 @@ private:
     [[nodiscard]] bool selectsElements() const {
         return irc_ == INDEX_ELEMENT || (irc_ < 0 && lhs_->chosenIndexCode() == INDEX_ELEMENT);
     }
+    /// Apart, so that a number stored at a plain variable needs no room for it.
+    [[gnu::noinline]] void exeGeneral();
     void storeElement(int k, const Outcome& rhs);
     void storePlanes(const IntValue& planes);
     void storeLines(const IntValue& index, int irc);
@@ -37,6 +40,7 @@ private:
 
     EvaluatablePtr index_;
     IndexReader reader_;
+    NumberSource rhsNumber_;
     int irc_;
     char op_;
 };
@@ -69,6 +73,8 @@ public:
 
 private:
     void store(const Outcome& right);
+    /// Apart, so that the store at two plain variables needs no room for it.
+    [[gnu::noinline]] void storeAtIndices(const Outcome& right);
     void storeBlock(const Outcome& right, const Outcome& row, const ReadIndex* column);
 
     EvaluatablePtr row_;

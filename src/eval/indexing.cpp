@@ -156,7 +156,10 @@ Outcome IndexedElementSingle::elementAt(double k, Value* workspace) {
 
 Outcome IndexedElementSingle::evaluate(Value* workspace) {
     double k;
-    if (index_.readVariable(k)) return elementAt(k, workspace);
+    return index_.readVariable(k) ? elementAt(k, workspace) : evaluateIndex(workspace);
+}
+
+Outcome IndexedElementSingle::evaluateIndex(Value* workspace) {
     const ReadIndex index(index_);
     const Outcome outcome = index.outcome();
     if (IndexReader::isPlainNumber(outcome)) return elementAt(outcome.number, workspace);
@@ -212,6 +215,10 @@ Outcome IndexedElementDouble::evaluate(Value* workspace) {
         const int at = elementPosition(*doubles_, r, c);
         if (at >= 0) return Outcome::scalar((*doubles_)[at], doubles_->mark());
     }
+    return evaluateIndices(workspace);
+}
+
+Outcome IndexedElementDouble::evaluateIndices(Value* workspace) {
     const ReadIndex row(row_);
     const ReadIndex column(column_);
     // Asked again: evaluating an index may have changed the matrix.

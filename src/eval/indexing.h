@@ -112,6 +112,8 @@ private:
         return irc_ == INDEX_ELEMENT || (irc_ < 0 && target_->chosenIndexCode() == INDEX_ELEMENT);
     }
     Outcome elementAt(double k, Value* workspace);
+    /// Apart, so that the way of a plain variable needs no room for it.
+    [[gnu::noinline]] Outcome evaluateIndex(Value* workspace);
     Value* select(const Outcome& index, Value* workspace);
 
     Value* target_;
@@ -134,6 +136,8 @@ public:
     [[nodiscard]] bool isPure() const override { return childrenArePure(); }
 
 private:
+    /// Apart, so that the way of two plain variables needs no room for it.
+    [[gnu::noinline]] Outcome evaluateIndices(Value* workspace);
     Value* select(const Outcome& row, const Outcome& column, Value* workspace);
     Value* selectByKey(int irc, int position, Value* workspace);
 

@@ -528,7 +528,8 @@ TEST(Scanner, ParameterByReference) {
 }
 
 TEST(Scanner, TheMarkOfAComplexOutputMayStandApartFromTheSign) {
-    const TokenList tokens = scan("function y* = f(x)");
+    LineList input;
+    const TokenList tokens = scanLine("function y* = f(x)", input).tokens;
     ASSERT_GE(tokens.size(), 4u);
     EXPECT_TRUE(tokens[2].is(TOK_OP, '*'));
     EXPECT_TRUE(tokens[3].is(TOK_ASSIGN, '='));
