@@ -8,7 +8,8 @@ namespace {
 
 FuncRefElement& referenceOf(std::span<FuncArgument> arguments) {
     Evaluatable* first = arguments.empty() ? nullptr : arguments[0].function;
-    Require(first && first->elementKind() == ElementKind::functionReference, "1st argument must be a function");
+    Require(first && first->elementKind() == ElementKind::functionReference,
+            "1st argument must be a function");
     return static_cast<FuncRefElement&>(*first);
 }
 

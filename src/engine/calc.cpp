@@ -87,7 +87,7 @@ StatementPtr Calc::compileInput() {
 
 bool Calc::run() {
     symbols_.forgetRemoved();
-    runState().running = true;
+    runState().start();
     runState().forgetNotedLine();
     try {
         if (const StatementPtr statement = compileInput()) statement->exe();

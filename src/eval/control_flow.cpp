@@ -82,6 +82,8 @@ Condition::Truth Condition::test() const {
     return truthOf(expression_->evaluate(workspace.get()));
 }
 
+Condition::Truth Condition::test(Value* workspace) const { return truthOf(expression_->evaluate(workspace)); }
+
 void IfStm::exe() {
     const Condition::Truth truth = condition_.test();
     require(truth != Condition::Truth::notScalar, "non-scalar condition in if clause");
@@ -123,8 +125,9 @@ bool LoopStm::runRound() {
 
 void WhileStm::exe() {
     if (!runState().running) return;
+    Workspace workspace(condition_.type());
     do {
-        const Condition::Truth truth = condition_.test();
+        const Condition::Truth truth = condition_.test(workspace.get());
         require(truth != Condition::Truth::notScalar, "non-scalar condition in while clause");
         if (truth == Condition::Truth::no) return;
     } while (runRound());

@@ -22,6 +22,9 @@ public:
 
     enum class Truth { no, yes, notScalar };
     [[nodiscard]] Truth test() const;
+    /// With a workspace of the kind of type(), for a loop that tests often.
+    [[nodiscard]] Truth test(Value* workspace) const;
+    [[nodiscard]] int type() const { return type_; }
 
 private:
     Evaluatable* expression_;

@@ -13,7 +13,8 @@ inline constexpr std::size_t stencilSize = 5;
 
 /// The values of a function at five points. They are read before the function
 /// is called again.
-using StencilFunction = FunctionRef<std::span<const double, stencilSize>(std::span<const double, stencilSize>)>;
+using StencilFunction =
+    FunctionRef<std::span<const double, stencilSize>(std::span<const double, stencilSize>)>;
 
 /// The step between the points for derivatives over a range of abscissae: a
 /// small part of the range, or of 1 where all are equal; 0 for none.

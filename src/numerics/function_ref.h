@@ -21,10 +21,9 @@ template <class Result, class... Arguments>
 class FunctionRef<Result(Arguments...)> {
 public:
     template <class Callable>
-        requires(std::is_object_v<std::remove_reference_t<Callable>> &&
-                 !std::same_as<std::remove_cvref_t<Callable>, FunctionRef> &&
-                 std::is_invocable_r_v<Result, Callable&, Arguments...>)
-    FunctionRef(Callable&& callable)
+    requires(std::is_object_v<std::remove_reference_t<Callable>> &&
+             !std::same_as<std::remove_cvref_t<Callable>, FunctionRef> &&
+             std::is_invocable_r_v<Result, Callable&, Arguments...>) FunctionRef(Callable&& callable)
         : object_(const_cast<void*>(static_cast<const void*>(std::addressof(callable)))),
           call_([](void* object, Arguments... arguments) -> Result {
               return (*static_cast<std::remove_reference_t<Callable>*>(object))(

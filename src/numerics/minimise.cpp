@@ -79,7 +79,8 @@ private:
         q = std::fabs(q);
         const double before = lastButOne_;
         lastButOne_ = step_;
-        if (std::fabs(p) >= std::fabs(q * before / 2) || p <= q * (a_ - x_) || p >= q * (b_ - x_)) return false;
+        if (std::fabs(p) >= std::fabs(q * before / 2) || p <= q * (a_ - x_) || p >= q * (b_ - x_))
+            return false;
         step_ = p / q;
         const double u = x_ + step_;
         if (u - a_ < 2 * tol_ || b_ - u < 2 * tol_) step_ = withSign(tol_, middle_ - x_);

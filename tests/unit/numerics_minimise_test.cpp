@@ -178,6 +178,7 @@ struct MinimumCase {
 };
 
 // The counts are those of a program in another language with the same rounds.
+// clang-format off
 const MinimumCase minimumCases[] = {
     {"cos", [](double x) { return std::cos(x); }, 3, 3.1415926535897931, -1, 5, 7},
     // The gamma function between its poles; digits: OEIS A030169, A030171.
@@ -186,6 +187,7 @@ const MinimumCase minimumCases[] = {
     {"exp x - 5 x", [](double x) { return std::exp(x) - 5 * x; }, 0, 1.6094379124341003, -3.0471895621705018, 5, 11},
     {"far away", [](double x) { return -1 / (1 + (x - 1000) * (x - 1000)); }, 0, 1000, -1, 25, 20},
 };
+// clang-format on
 
 TEST(BrentMinimum, FindsKnownMinimaInAFixedNumberOfRounds) {
     for (const MinimumCase& known : minimumCases) {
