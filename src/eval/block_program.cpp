@@ -164,27 +164,31 @@ namespace {
 // ---- running on arrays
 
 /// Where an array operation reads: memory, a block of an earlier result, or a
-/// number.
+/// number. These records are trivial, so that room for many costs nothing.
 struct Source {
-    enum Kind : unsigned char { number, doubles, integers, block } kind = number;
-    int blockIndex = 0;
-    const void* memory = nullptr;
-    double value = 0;
+    enum Kind : unsigned char { number, doubles, integers, block } kind;
+    int blockIndex;
+    const void* memory;
+    double value;
+
+    static Source ofNumber(double x) { return {number, 0, nullptr, x}; }
+    static Source ofBlock(int index) { return {block, index, nullptr, 0}; }
+    static Source ofDoubles(const double* items) { return {doubles, 0, items, 0}; }
+    static Source ofIntegers(const int* items) { return {integers, 0, items, 0}; }
 };
 
 struct ArrayOperation {
     enum Kind : unsigned char { operate, call, negate, copy } kind;
-    int code = 0;
-    double (*body)(double) = nullptr;
-    int target = 0;  ///< block that takes the result
+    int code;
+    double (*body)(double);
+    int target;  ///< block that takes the result
     Source a, b;
 };
 
 /// Something on the stack: its shape and where its elements are. One element
 /// is always known as a number.
 struct Entry {
-    int size = 1, nrow = 1, mark = 0;
-    bool integers = false;  ///< an integer array that has not been converted
+    int size, nrow, mark;
     Source source;
 };
 
@@ -201,7 +205,7 @@ public:
     [[nodiscard]] int size() const { return count_; }
 
 private:
-    std::array<T, near> near_{};
+    std::array<T, near> near_;
     std::vector<T> far_;
     int count_ = 0;
 };
@@ -241,33 +245,40 @@ void runOperation(const ArrayOperation& operation, double* target, double* block
                 for (std::int64_t i = 0; i < n; ++i) target[i] = from[i];
             } else {
                 const Operand from = resolve(operation.a);
-                std::memmove(target, from.items, sizeof(double) * n);
+                std::copy_n(from.items, n, target);
             }
     }
 }
 
 /// The second way of running: the operands that are left are evaluated and the
-/// shapes checked, then the operations run block by block.
+/// shapes checked. Operations on arrays that fit one block run at once; those
+/// on longer ones are kept and run block by block at the end.
 class ArrayRun {
 public:
-    explicit ArrayRun(Workspaces& workspaces) : workspaces_(workspaces) {}
+    ArrayRun(Workspaces& workspaces, Value* workspace) : workspaces_(workspaces), workspace_(workspace) {}
+
+    /// The operation that comes next makes the result.
+    void expectResult() { resultIsNext_ = true; }
+
+    void pushNumber(double x, int mark) { top(depth_++) = Entry{1, 1, mark, Source::ofNumber(x)}; }
 
     void pushValue(const Value& value, bool copyArray) {
         const Value& kept = copyArray && value.size() > 1 ? copyOf(value) : value;
         Entry& entry = top(depth_++);
-        entry = Entry{kept.size(), kept.nrow(), kept.mark(), kept.valueType() == INTEGER_VAL, {}};
-        if (kept.size() == 1) {
-            entry.source.value = kept.doubleValue();
-        } else {
-            entry.source.kind = entry.integers ? Source::integers : Source::doubles;
-            entry.source.memory = entry.integers ? static_cast<const void*>(asInt(kept).data())
-                                                 : static_cast<const void*>(asDouble(kept).data());
-        }
+        entry.size = kept.size();
+        entry.nrow = kept.nrow();
+        entry.mark = kept.mark();
+        if (kept.size() == 1)
+            entry.source = Source::ofNumber(kept.doubleValue());
+        else if (kept.valueType() == INTEGER_VAL)
+            entry.source = Source::ofIntegers(asInt(kept).data());
+        else
+            entry.source = Source::ofDoubles(asDouble(kept).data());
     }
 
     void pushOutcome(Outcome outcome, bool copyArray) {
         if (outcome.isScalar())
-            top(depth_++) = scalarEntry(outcome.number, outcome.mark());
+            pushNumber(outcome.number, outcome.mark());
         else
             pushValue(*outcome.value(), copyArray && !isOurs(outcome.value()));
     }
@@ -298,11 +309,9 @@ public:
         } else if (left.size != right.size || left.nrow != right.nrow) {
             throw OperatorFailure{failureLetter(code)};
         }
-        const Source a = readable(left, at), b = readable(right, at + 1);
-        ArrayOperation& operation = addOperation(ArrayOperation::operate, at);
-        operation.code = code;
-        operation.a = a;
-        operation.b = b;
+        makeReadable(left, at);
+        makeReadable(right, at + 1);
+        perform({ArrayOperation::operate, code, nullptr, at, left.source, right.source}, left);
     }
 
     void call(double (*body)(double)) {
@@ -311,10 +320,8 @@ public:
             entry.source.value = body(entry.source.value);
             return;
         }
-        const Source a = readable(entry, depth_ - 1);
-        ArrayOperation& operation = addOperation(ArrayOperation::call, depth_ - 1);
-        operation.body = body;
-        operation.a = a;
+        makeReadable(entry, depth_ - 1);
+        perform({ArrayOperation::call, 0, body, depth_ - 1, entry.source, {}}, entry);
     }
 
     void negate() {
@@ -323,32 +330,27 @@ public:
             entry.source.value = -entry.source.value;
             return;
         }
-        const Source a = readable(entry, depth_ - 1);
-        addOperation(ArrayOperation::negate, depth_ - 1).a = a;
+        makeReadable(entry, depth_ - 1);
+        perform({ArrayOperation::negate, 0, nullptr, depth_ - 1, entry.source, {}}, entry);
     }
 
-    Outcome finish(Value* workspace, bool threadSafe) {
+    Outcome finish(bool threadSafe) {
         Entry& result = top(0);
-        if (result.size == 1) return finishScalar(result, workspace);
-        Require(workspace->valueType() == DOUBLE_VAL,
-                "!! Vorpen failure. Invoked with non-DOUBLE_VAL workspace. Please report this bug.",
-                "SimpleMixedTypeExpression::pValue");
+        if (result.size == 1) return finishScalar(result);
+        if (resultStands_) return Outcome::of(workspace_);
         if (operations_.size() == 0) {
-            const Source a = result.source;
-            addOperation(ArrayOperation::copy, 0).a = a;
+            resultIsNext_ = true;
+            perform({ArrayOperation::copy, 0, nullptr, 0, result.source, {}}, result);
+            if (resultStands_) return Outcome::of(workspace_);
         }
-        workspace->setSizeShapeMark(result.size, result.nrow, result.mark);
-        runBlocks(asDouble(*workspace).data(), result.size, threadSafe);
-        return Outcome::of(workspace);
+        runBlocks(prepareWorkspace(result), result.size, threadSafe);
+        return Outcome::of(workspace_);
     }
 
 private:
-    static Entry scalarEntry(double x, int mark) {
-        Entry entry;
-        entry.mark = mark;
-        entry.source.value = x;
-        return entry;
-    }
+    /// Blocks for intermediate results of arrays that fit one. A run may stand
+    /// on the stack many times, so they are few.
+    static constexpr int nearBlocks = 3;
 
     Entry& top(int at) {
         while (stack_.size() <= at) stack_.push();
@@ -364,32 +366,49 @@ private:
     /// A node that filled its own workspace answered with a private array.
     bool isOurs(const Value* value) const { return value == lastWorkspace_; }
 
+    double* prepareWorkspace(const Entry& shape) {
+        Require(workspace_->valueType() == DOUBLE_VAL,
+                "!! Vorpen failure. Invoked with non-DOUBLE_VAL workspace. Please report this bug.",
+                "SimpleMixedTypeExpression::pValue");
+        workspace_->setSizeShapeMark(shape.size, shape.nrow, shape.mark);
+        return asDouble(*workspace_).data();
+    }
+
+    double* blockAt(int index) {
+        if (index < nearBlocks) return blocks_ + index * blockSize;
+        while (static_cast<int>(farBlocks_.size()) <= index - nearBlocks) farBlocks_.emplace_back(blockSize);
+        return farBlocks_[index - nearBlocks].data();
+    }
+
     /// The elements of an entry as doubles; integers are converted first.
-    Source readable(Entry& entry, int at) {
-        if (entry.source.kind == Source::integers) {
-            const Source integers = entry.source;
-            addOperation(ArrayOperation::copy, at).a = integers;
+    void makeReadable(Entry& entry, int at) {
+        if (entry.source.kind != Source::integers) return;
+        const bool resultIsNext = std::exchange(resultIsNext_, false);
+        perform({ArrayOperation::copy, 0, nullptr, at, entry.source, {}}, entry);
+        resultIsNext_ = resultIsNext;
+    }
+
+    /// Runs an operation at once, or keeps it; the entry stands for its result.
+    void perform(const ArrayOperation& operation, Entry& entry) {
+        if (entry.size > blockSize) {
+            operations_.push() = operation;
+            blockCount_ = std::max(blockCount_, operation.target + 1);
+            entry.source = Source::ofBlock(operation.target);
+            return;
         }
-        return entry.source;
+        double* target = resultIsNext_ ? prepareWorkspace(entry) : blockAt(operation.target);
+        resultStands_ = resultIsNext_;
+        runOperation(operation, target, nullptr, 0, entry.size);
+        entry.source = Source::ofDoubles(target);
     }
 
-    ArrayOperation& addOperation(ArrayOperation::Kind kind, int at) {
-        ArrayOperation& operation = operations_.push();
-        operation = ArrayOperation{.kind = kind, .target = at, .a = {}, .b = {}};
-        Entry& entry = top(at);
-        entry.source = Source{Source::block, at};
-        entry.integers = false;
-        blockCount_ = std::max(blockCount_, at + 1);
-        return operation;
-    }
-
-    static Outcome finishScalar(const Entry& result, Value* workspace) {
+    Outcome finishScalar(const Entry& result) {
         const double x = result.source.value;
         if (result.nrow == 1 && static_cast<unsigned>(result.mark) < Outcome::markLimit)
             return Outcome::scalar(x, result.mark);
-        storeScalar(workspace, x, result.mark);
-        workspace->setNrow(result.nrow);
-        return Outcome::of(workspace);
+        storeScalar(workspace_, x, result.mark);
+        workspace_->setNrow(result.nrow);
+        return Outcome::of(workspace_);
     }
 
     void runBlocks(double* out, std::int64_t n, bool threadSafe) {
@@ -401,11 +420,11 @@ private:
     }
 
     void runRange(double* out, std::int64_t begin, std::int64_t end) {
-        constexpr int nearBlocks = 8;
-        alignas(64) double near[nearBlocks * blockSize];
+        constexpr int nearCount = 8;
+        alignas(64) double near[nearCount * blockSize];
         std::vector<double> far;
         double* blocks = near;
-        if (blockCount_ > nearBlocks) {
+        if (blockCount_ > nearCount) {
             far.resize(blockCount_ * blockSize);
             blocks = far.data();
         }
@@ -419,11 +438,16 @@ private:
     }
 
     Workspaces& workspaces_;
+    Value* workspace_;
     const Value* lastWorkspace_ = nullptr;
-    ShortList<Entry, 8> stack_;
+    bool resultIsNext_ = false;
+    bool resultStands_ = false;
     int depth_ = 0;
-    ShortList<ArrayOperation, 16> operations_;
     int blockCount_ = 0;
+    ShortList<Entry, 8> stack_;
+    ShortList<ArrayOperation, 16> operations_;
+    std::vector<std::vector<double>> farBlocks_;
+    alignas(64) double blocks_[nearBlocks * blockSize];
 };
 
 /// Runs an instruction whose operand, where it is a node, is evaluated here.
@@ -431,7 +455,7 @@ void runInstruction(ArrayRun& run, const Instruction& in) {
     switch (in.kind) {
         case Kind::pushDouble:
         case Kind::pushInt: run.pushValue(*in.variable, in.copyArray); break;
-        case Kind::pushNumber: run.pushOutcome(Outcome::scalar(in.number, in.mark), false); break;
+        case Kind::pushNumber: run.pushNumber(in.number, in.mark); break;
         case Kind::pushNode: run.pushOutcome(run.evaluateNode(*in.node), in.copyArray); break;
         case Kind::call: run.call(in.body); break;
         case Kind::negate: run.negate(); break;
@@ -441,7 +465,7 @@ void runInstruction(ArrayRun& run, const Instruction& in) {
             run.operate(in.op, in.integerOperand);
             break;
         case Kind::operateNumber:
-            run.pushOutcome(Outcome::scalar(in.number, in.mark), false);
+            run.pushNumber(in.number, in.mark);
             run.operate(in.op, in.integerOperand);
             break;
     }
@@ -471,15 +495,18 @@ struct NumberEntry {
 [[gnu::noinline]] Outcome continueOnArrays(std::span<const Instruction> rest, std::span<const NumberEntry> stack,
                                            const Outcome* node, const Value* nodeWorkspace,
                                            Workspaces& workspaces, Value* workspace, bool threadSafe) {
-    ArrayRun run(workspaces);
-    for (const NumberEntry& entry : stack) run.pushOutcome(Outcome::scalar(entry.number, entry.mark), false);
+    ArrayRun run(workspaces, workspace);
+    for (const NumberEntry& entry : stack) run.pushNumber(entry.number, entry.mark);
     if (node) {
         run.noteWorkspace(nodeWorkspace);
         run.pushOutcome(*node, rest.front().copyArray);
         rest = rest.subspan(1);
     }
-    for (const Instruction& in : rest) runInstruction(run, in);
-    return run.finish(workspace, threadSafe);
+    for (const Instruction& in : rest) {
+        if (&in == &rest.back()) run.expectResult();
+        runInstruction(run, in);
+    }
+    return run.finish(threadSafe);
 }
 
 /// The workspaces of a program without nodes.

@@ -51,7 +51,8 @@ Value* UserCallElement::evaluateArgument(std::size_t i, Workspaces& workspaces) 
     if (argument.elementKind() == ElementKind::functionReference) return nullptr;
     // An item of a list goes to a complex or list parameter as it is.
     const int kind = function_->desc().paramKinds[i];
-    if (argument.elementKind() == ElementKind::listItem && argument.type() == UNKNOWN_VAL && kind > DOUBLE_VAL)
+    if (argument.elementKind() == ElementKind::listItem && argument.type() == UNKNOWN_VAL &&
+        kind > DOUBLE_VAL)
         return &static_cast<ListItemElement&>(argument).fetchItem();
     return argument.pValue(workspaces.add(argument.type()).get());
 }

@@ -32,14 +32,17 @@ void UserFunc::setInput(DoubleValue& input, Outcome argument, const DoubleValue*
     if (value.valueType() > DOUBLE_VAL) throw RuntimeError("invalid data type for quick user function");
     // Nothing in a pure body can change the caller's value, so it is read where
     // it stands.
-    if (quickBodyIsPure_ && value.valueType() == DOUBLE_VAL && value.size() > 1 && !desc_.has(FUNCTION_VECTORISED))
+    if (quickBodyIsPure_ && value.valueType() == DOUBLE_VAL && value.size() > 1 &&
+        !desc_.has(FUNCTION_VECTORISED))
         input.viewOf(asDouble(value).data(), value.size(), value.nrow(), value.mark());
     else
         input.copyFrom(value);
 }
 
 bool UserFunc::hasLargeInput(const QuickArguments& arguments) {
-    const auto isLarge = [](Outcome argument) { return !argument.isScalar() && argument.value()->size() >= largeInput; };
+    const auto isLarge = [](Outcome argument) {
+        return !argument.isScalar() && argument.value()->size() >= largeInput;
+    };
     return isLarge(arguments.first) || isLarge(arguments.second);
 }
 
@@ -48,7 +51,9 @@ Outcome UserFunc::quickResult(const QuickArguments& arguments, Value* workspace)
         throw RuntimeError("incompatable data type in return statement");
     DoubleValue room;
     DoubleValue* place = &room;
-    if (quickBodyIsPure_ && hasLargeInput(arguments) && !quickBody_->uses(workspace)) place = &asDouble(*workspace);
+    const bool isInput = arguments.first.value() == workspace || arguments.second.value() == workspace;
+    if (quickBodyIsPure_ && hasLargeInput(arguments) && !isInput && !quickBody_->uses(workspace))
+        place = &asDouble(*workspace);
 
     const Outcome result = quickBody_->evaluate(place);
     return result.isScalar() ? result : settleQuickResult(result.value(), arguments, room, workspace);
@@ -76,7 +81,8 @@ Outcome UserFunc::settleQuickResult(Value* value, const QuickArguments& argument
 }
 
 Outcome UserFunc::quickForEach(Value* workspace) {
-    Require(quickBodyType_ == DOUBLE_VAL, "vectorization only implemented for functions of output-type double");
+    Require(quickBodyType_ == DOUBLE_VAL,
+            "vectorization only implemented for functions of output-type double");
     DoubleValue& input = parameter(desc_.paramNames.size() - 1);
     const DoubleValue points = std::move(input);
     DoubleValue result;
@@ -107,7 +113,8 @@ void UserFunc::releaseInputs() noexcept {
 Outcome UserFunc::callQuickAgain(QuickArguments arguments, Value* workspace) {
     DoubleValue copies[2];
     const auto settle = [](Outcome& argument, DoubleValue*& room, DoubleValue& copy) {
-        if (argument.isScalar() || argument.value() == room || argument.value()->valueType() > DOUBLE_VAL) return;
+        if (argument.isScalar() || argument.value() == room || argument.value()->valueType() > DOUBLE_VAL)
+            return;
         copy.copyFrom(*argument.value());
         argument = Outcome::of(&copy);
         room = &copy;

@@ -3,8 +3,8 @@
 
 #include "base/errors.h"
 #include "eval/assignment.h"
-#include "eval/evaluation_statements.h"
 #include "eval/elements.h"
+#include "eval/evaluation_statements.h"
 #include "eval/run_state.h"
 
 namespace vorpen {
@@ -53,7 +53,8 @@ void ReturnStm::exe() {
 }
 
 void insertReturn(BlockStm& body, Value& output) {
-    if (output.valueType() != DOUBLE_VAL) throw SyntaxError{"insertReturn: output Value type not implemented"};
+    if (output.valueType() != DOUBLE_VAL)
+        throw SyntaxError{"insertReturn: output Value type not implemented"};
     Block& statements = body.statements();
     StatementPtr& last = statements.back();
     if (dynamic_cast<const EvalStm*>(last.get())) {

@@ -17,7 +17,8 @@ std::uintptr_t lowestCallAddress();
 /// False when a call of a user function may no longer begin.
 inline bool stackHasRoom() {
     thread_local constinit std::uintptr_t lowest = 0;
-    if (lowest == 0) [[unlikely]] lowest = lowestCallAddress();
+    if (lowest == 0) [[unlikely]]
+        lowest = lowestCallAddress();
     return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)) > lowest;
 }
 

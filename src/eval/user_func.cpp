@@ -2,6 +2,7 @@
 #include "eval/user_func.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "base/errors.h"
 
@@ -14,9 +15,7 @@ bool sameSignature(const FunctionDesc& a, const FunctionDesc& b) {
 
 // ---- the definition
 
-UserFunc::~UserFunc() {
-    assert(depth_ == 0 && frameTop_ == 0 && blocks_.empty());
-}
+UserFunc::~UserFunc() { assert(depth_ == 0 && frameTop_ == 0 && blocks_.empty()); }
 
 void UserFunc::resetFunction(FunctionDesc desc) {
     assert(depth_ == 0);
@@ -41,7 +40,8 @@ Value* UserFunc::addLocal(std::string_view name, int type) {
     if (type == INTEGER_VAL || type == UNKNOWN_VAL) type = DOUBLE_VAL;
     std::unique_ptr<Value> value;
     // A `return` ahead of the first assignment has made the output already.
-    if (isResult && inferredOutput_ && inferredOutput_->valueType() == type) value = std::move(inferredOutput_);
+    if (isResult && inferredOutput_ && inferredOutput_->valueType() == type)
+        value = std::move(inferredOutput_);
     if (!value) value = newValue(type);
 
     Value* local = value.get();
@@ -109,7 +109,8 @@ void UserFunc::describeCalls() {
         Value* value = locals_[i].value.get();
         const bool isParameter = i < parameterCount();
         if (!isParameter && i < parameterCount() + persistentCount_) continue;
-        framed_.push_back({value, value->valueType() == DOUBLE_VAL ? &asDouble(*value) : nullptr, isParameter});
+        framed_.push_back(
+            {value, value->valueType() == DOUBLE_VAL ? &asDouble(*value) : nullptr, isParameter});
         const bool shared = isParameter && (desc_.byReference >> i & 1u);
         if (value == output_ && !shared) outputIsMovable_ = true;
     }
@@ -168,8 +169,10 @@ bool UserFunctionTable::remove(std::string_view name) {
     if (entry == functions_.end()) return false;
     const std::string cleared(name);
     const Value* token = entry->second->token();
-    const bool busy = std::ranges::any_of(
-        functions_, [token](const auto& f) { return f.second->depth() > 0 && (f.second->token() == token || f.second->uses(token)); });
+    const bool busy = std::ranges::any_of(functions_, [token](const auto& other) {
+        const UserFunc& function = *other.second;
+        return function.depth() > 0 && (function.token() == token || function.uses(token));
+    });
     if (busy) throw SyntaxError{"function in use, can't be cleared here: " + cleared};
 
     retire(std::move(entry->second));

@@ -79,9 +79,8 @@ struct SavedLocal {
     State state;
 };
 
-/// The most calls of one function that may be in progress. Each takes a few
-/// hundred bytes of the machine's stack for every level of the expression that
-/// calls, which must fit beside deep expressions.
+/// The most calls of one function that may be in progress: a recursion that
+/// does not end is caught before its chain of calls fills the console.
 inline constexpr int maxCallsInProgress = 50;
 
 /// The most arguments of a call that goes without records; nearly all calls
@@ -156,8 +155,9 @@ public:
     /// line of the chain of calls on its way.
     void call(std::span<FuncArgument> arguments, ExtraOutputs extraOutputs, Value& out);
 
-    /// One call of a function that isPlain() with at most maxPlainArguments. A value among the arguments is a
-    /// double of the caller's that is used up. The workspace is a double.
+    /// One call of a function that isPlain(), with at most maxPlainArguments
+    /// arguments. A value among them is a double of the caller's that is used
+    /// up. The workspace is a double.
     Outcome callPlain(std::span<const Outcome> arguments, Value* workspace);
 
     /// The same by the expression of a quick function alone. A value in one of
@@ -204,7 +204,8 @@ private:
     [[nodiscard]] bool ownsFramed(const Value* v) const;
     [[nodiscard]] DoubleValue& parameter(std::size_t i) { return asDouble(*locals_[i].value); }
     void requireRoom() const {
-        if (static_cast<unsigned>(depth_) >= maxCallsInProgress || !stackHasRoom()) [[unlikely]] failWithoutRoom();
+        if (static_cast<unsigned>(depth_) >= maxCallsInProgress || !stackHasRoom()) [[unlikely]]
+            failWithoutRoom();
     }
     [[noreturn]] void failWithoutRoom() const;
     void begin();
@@ -222,7 +223,8 @@ private:
     Outcome callQuickAgain(QuickArguments arguments, Value* workspace);
     Outcome evaluateQuick(const QuickArguments& arguments, Value* workspace);
     Outcome quickResult(const QuickArguments& arguments, Value* workspace);
-    Outcome settleQuickResult(Value* value, const QuickArguments& arguments, DoubleValue& room, Value* workspace);
+    Outcome settleQuickResult(Value* value, const QuickArguments& arguments, DoubleValue& room,
+                              Value* workspace);
     void leaveAfterFailure();
     Outcome quickForEach(Value* workspace);
     void setInput(DoubleValue& input, Outcome argument, const DoubleValue* room);
@@ -248,9 +250,9 @@ private:
     std::unique_ptr<Value> inferredOutput_;
     std::vector<Value*> otherOutputs_;  ///< null until the body sets one
     std::vector<Framed> framed_;
-    std::vector<SavedLocal> frames_;    ///< of all saved calls, one behind the other
-    std::size_t frameTop_ = 0;          ///< records in use; the others wait for the next call
-    std::vector<SavedData> blocks_;     ///< of the frames, the innermost last
+    std::vector<SavedLocal> frames_;  ///< of all saved calls, one behind the other
+    std::size_t frameTop_ = 0;        ///< records in use; the others wait for the next call
+    std::vector<SavedData> blocks_;   ///< of the frames, the innermost last
     std::string lostBody_;
     DoubleValue token_;
 };
@@ -286,7 +288,8 @@ protected:
     UserFunc* const function_;
 
 private:
-    UserCallElement(UserFunc& function, std::vector<Evaluatable*> pointers, std::vector<EvaluatablePtr>&& arguments);
+    UserCallElement(UserFunc& function, std::vector<Evaluatable*> pointers,
+                    std::vector<EvaluatablePtr>&& arguments);
     Value* evaluateArgument(std::size_t i, Workspaces& workspaces);
     static std::vector<Evaluatable*> pointersTo(const std::vector<EvaluatablePtr>& arguments);
 

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
+#include <cstdint>
 
 #include "base/errors.h"
 #include "base/output.h"
@@ -97,7 +99,8 @@ void UserFunc::failWithoutRoom() const {
 }
 
 void UserFunc::begin() {
-    if (!body_) [[unlikely]] failWithoutBody();
+    if (!body_) [[unlikely]]
+        failWithoutBody();
     requireRoom();
     if (depth_ != 0) pushFrame();
     ++depth_;
@@ -274,7 +277,8 @@ private:
 
     [[nodiscard]] bool isRepeated(std::size_t i) const {
         for (std::size_t k = 0; k < i; ++k)
-            if (isReference(k) && arguments_[k].value == arguments_[i].value && isVariable(arguments_[i])) return true;
+            if (isReference(k) && arguments_[k].value == arguments_[i].value && isVariable(arguments_[i]))
+                return true;
         return false;
     }
 
@@ -315,7 +319,8 @@ public:
         first_->adoptData(contents);
         if (!extraOutputs_) return;
         for (std::size_t k = 0; k < extraOutputs_->size(); ++k) {
-            Require(function_.desc_.outputKinds[k + 1] == DOUBLE_VAL, "non-double type output not yet implemented");
+            Require(function_.desc_.outputKinds[k + 1] == DOUBLE_VAL,
+                    "non-double type output not yet implemented");
             const Value& output = *function_.otherOutputs_[k];
             if (!widens(output.valueType(), (*extraOutputs_)[k]->valueType())) throw OperatorFailure{'='};
             others_.push_back(newValueCopy(output));

@@ -73,7 +73,8 @@ private:
             return COMPLEX_VAL;
         }
         if (code == '[') {
-            if (atEnd() || !isKindMark(tokens_[next_], '[')) fail("incorrect use of '['. Use [] to indicate a list");
+            if (atEnd() || !isKindMark(tokens_[next_], '['))
+                fail("incorrect use of '['. Use [] to indicate a list");
             ++next_;
             return LIST_VAL;
         }
@@ -88,8 +89,8 @@ private:
         ++next_;
         const bool negative = !atEnd() && isMark(tokens_[next_], '-');
         if (negative) ++next_;
-        const bool isNumber =
-            !atEnd() && (tokens_[next_].is(TOK_INT) || (tokens_[next_].is(TOK_NUM) && tokens_[next_].code != 'i'));
+        const bool isNumber = !atEnd() && (tokens_[next_].is(TOK_INT) ||
+                                           (tokens_[next_].is(TOK_NUM) && tokens_[next_].code != 'i'));
         if (!isNumber) fail("default value must be a number");
         const double value = std::strtod(tokens_[next_++].text.c_str(), nullptr);
         desc_.defaults.push_back(negative ? -value : value);
@@ -145,7 +146,9 @@ bool allowsQuickCall(const FunctionDesc& desc) {
 /// The scope of a function while its body is compiled.
 class FunctionScope {
 public:
-    FunctionScope(SymbolTable& symbols, UserFunc& function) : symbols_(symbols) { symbols.openScope(function); }
+    FunctionScope(SymbolTable& symbols, UserFunc& function) : symbols_(symbols) {
+        symbols.openScope(function);
+    }
     ~FunctionScope() { symbols_.closeScope(); }
     FunctionScope(const FunctionScope&) = delete;
     FunctionScope& operator=(const FunctionScope&) = delete;
@@ -282,7 +285,8 @@ std::size_t parseHead(std::span<const Token> tokens, DefinitionMode mode, Functi
             fail("do not use ':=' with the keyword 'function'");
         if (next < tokens.size()) next = readOutputs(tokens, next, desc);
     }
-    if (next >= tokens.size() || !tokens[next].is(TOK_NAME) || isKeyword(tokens[next].text)) fail(invalidHead);
+    if (next >= tokens.size() || !tokens[next].is(TOK_NAME) || isKeyword(tokens[next].text))
+        fail(invalidHead);
     desc.name = tokens[next++].text;
     if (next < tokens.size() && tokens[next].is(TOK_BRACKET, ')'))
         ParameterList(tokens[next++].items, desc).read();
@@ -326,7 +330,8 @@ void compileDefinition(StatementCompiler& compiler, DefinitionMode mode) {
     FunctionDesc desc;
     const std::size_t headEnd = parseHead(tokens, mode, desc);
     const std::string body(headEnd < tokens.size() ? tokens[headEnd].source() : std::string_view());
-    UserFunc& function = defineFunction(compiler.symbols(), std::move(desc), sourceOf(compiler.input(), body));
+    UserFunc& function =
+        defineFunction(compiler.symbols(), std::move(desc), sourceOf(compiler.input(), body));
     if (mode == DefinitionMode::declaration)
         compiler.stepPast();
     else

@@ -88,7 +88,8 @@ protected:
         runState().reset();
     }
 
-    UserFunc& declare(std::string name, std::vector<std::string> parameters, std::vector<std::string> outputs = {""}) {
+    UserFunc& declare(std::string name, std::vector<std::string> parameters,
+                      std::vector<std::string> outputs = {""}) {
         FunctionDesc desc;
         desc.name = std::move(name);
         desc.paramKinds.assign(parameters.size(), DOUBLE_VAL);
@@ -171,6 +172,18 @@ TEST_F(UserFunctions, LargeArraysGoStraightIntoTheTarget) {
     EXPECT_EQ(target[999], 3.0);
 }
 
+TEST_F(UserFunctions, TheWorkspaceMayBeTheInput) {
+    UserFunc& f = quick("f", OP_PLUS, 1);
+    FuncRefElement reference(f);
+    DoubleValue v;
+    v.setSizeShapeMark(1000, 1, 0);
+    std::ranges::fill(v.items(), 2.0);
+    const Outcome input = Outcome::of(&v);
+    EXPECT_EQ(reference.call({&input, 1}, &v).value(), &v);
+    EXPECT_EQ(v.size(), 1000);
+    EXPECT_EQ(v[0] + v[999], 6);
+}
+
 TEST_F(UserFunctions, ArgumentsOfAQuickCallAreEvaluatedBeforeAnyIsSet) {
     UserFunc& p = declare("p", {"a", "b"});
     giveExpression(p, binary(variable(local(p, 0)), OP_MINUS, variable(local(p, 1))));
@@ -186,7 +199,8 @@ TEST_F(UserFunctions, FirstArgumentKeepsItsValueWhenTheSecondChangesTheVariable)
         v = row({7, 7, 7});
         return 10.0;
     });
-    EXPECT_EQ(array(*makeCallElement(p, list(variable(&v), std::move(change)))), (std::vector<double>{10, 20}));
+    EXPECT_EQ(array(*makeCallElement(p, list(variable(&v), std::move(change)))),
+              (std::vector<double>{10, 20}));
 }
 
 TEST_F(UserFunctions, VectorisedCallRunsOverTheLastArgument) {
@@ -194,11 +208,12 @@ TEST_F(UserFunctions, VectorisedCallRunsOverTheLastArgument) {
     f.setFlag(FUNCTION_VECTORISED, true);
     std::vector<double> seen;
     giveExpression(f, std::make_unique<Ask>([&] {
-        seen.push_back(local(f, 1)->doubleValue());
-        return local(f, 0)->doubleValue() + seen.back();
-    }));
+                       seen.push_back(local(f, 1)->doubleValue());
+                       return local(f, 0)->doubleValue() + seen.back();
+                   }));
     DoubleValue x = row({1, 2, 3});
-    EXPECT_EQ(array(*makeCallElement(f, list(makeNumber(10), variable(&x)))), (std::vector<double>{11, 12, 13}));
+    EXPECT_EQ(array(*makeCallElement(f, list(makeNumber(10), variable(&x)))),
+              (std::vector<double>{11, 12, 13}));
     EXPECT_EQ(seen, (std::vector<double>{1, 2, 3}));
 }
 
@@ -279,11 +294,11 @@ TEST_F(UserFunctions, TheStackEndsInAFailureHoweverManyFunctionsShareIt) {
     for (int i = 0; i < count; ++i) {
         UserFunc& f = declare("f" + std::to_string(i), {"x"});
         giveExpression(f, std::make_unique<Ask>([&calls, i] {
-            volatile char room[8192];
-            room[0] = 1;
-            const double below = i == 0 ? 0.0 : number(*calls[i - 1]);
-            return below + room[0];
-        }));
+                           volatile char room[8192];
+                           room[0] = 1;
+                           const double below = i == 0 ? 0.0 : number(*calls[i - 1]);
+                           return below + room[0];
+                       }));
         calls.push_back(makeCallElement(f, list(makeNumber(1))));
     }
     EXPECT_EQ(number(*calls[100]), 101);
@@ -337,12 +352,12 @@ TEST_F(UserFunctions, QuickRecursionIsLimitedAndChained) {
     UserFunc& f = declare("f", {"n"});
     EvaluatablePtr inner;
     giveExpression(f, std::make_unique<Ask>([&] {
-        const double n = local(f, 0)->doubleValue();
-        if (n < 1) return 0.0;
-        const double below = number(*inner);
-        EXPECT_EQ(local(f, 0)->doubleValue(), n);
-        return below + n;
-    }));
+                       const double n = local(f, 0)->doubleValue();
+                       if (n < 1) return 0.0;
+                       const double below = number(*inner);
+                       EXPECT_EQ(local(f, 0)->doubleValue(), n);
+                       return below + n;
+                   }));
     inner = makeCallElement(f, list(binary(variable(local(f, 0)), OP_MINUS, makeNumber(1))));
     EXPECT_EQ(number(*makeCallElement(f, list(makeNumber(49)))), 49 * 25);
     EXPECT_EQ(messageOf<RuntimeError>(*makeCallElement(f, list(makeNumber(50)))),
@@ -456,7 +471,8 @@ TEST_F(UserFunctionReferences, OneVariableTwiceIsRefused) {
 
 TEST_F(UserFunctionReferences, OneVariableByValueAndByReference) {
     UserFunc& f = byReference({"a", "b"}, 1);
-    f.finishFunction(does([&] { local(f, 2)->assignDouble(local(f, 0)->size() * 10 + local(f, 1)->size()); }));
+    f.finishFunction(
+        does([&] { local(f, 2)->assignDouble(local(f, 0)->size() * 10 + local(f, 1)->size()); }));
     DoubleValue v = row({5, 6});
     EXPECT_EQ(number(*makeCallElement(f, list(variable(&v), variable(&v)))), 22);
     EXPECT_EQ(elements(v), (std::vector<double>{5, 6}));
@@ -492,7 +508,8 @@ TEST_F(UserFunctionReferences, ComplexVariablesAreRefused) {
     UserFunc& f = byReference({"a"}, 1);
     f.finishFunction(does([] {}));
     ComplexValue z(std::complex<double>(1, 2));
-    EXPECT_EQ(messageOf<RuntimeError>(*makeCallElement(f, list(variable(&z)))), "argument has incorrect type");
+    EXPECT_EQ(messageOf<RuntimeError>(*makeCallElement(f, list(variable(&z)))),
+              "argument has incorrect type");
 
     FunctionDesc desc = f.desc();
     desc.name = "g";
@@ -620,7 +637,8 @@ std::string messageOfFinish(UserFunc& f, StatementPtr body) {
 }
 
 TEST_F(UserFunctions, OutputsThatNothingSetsFail) {
-    EXPECT_EQ(messageOfFinish(declare("f", {"x"}), does([] {})), "could not infer a return value for function f");
+    EXPECT_EQ(messageOfFinish(declare("f", {"x"}), does([] {})),
+              "could not infer a return value for function f");
     UserFunc& g = declare("g", {"x"}, {"a", "b"});
     g.addLocal("a", DOUBLE_VAL);
     EXPECT_EQ(messageOfFinish(g, does([] {})), "b output has not been set");
@@ -668,7 +686,8 @@ TEST_F(UserFunctions, ACallRunsTheDefinitionInForce) {
     f.resetFunction(same);
     Block statements;
     statements.push_back(does([] {}));
-    statements.push_back(std::make_unique<EvalStm>(0, binary(variable(local(f, 0)), OP_MINUS, makeNumber(1))));
+    statements.push_back(
+        std::make_unique<EvalStm>(0, binary(variable(local(f, 0)), OP_MINUS, makeNumber(1))));
     f.finishFunction(std::make_unique<BlockStm>(0, std::move(statements)));
     EXPECT_EQ(number(*call), 4) << "a quick call of a function that is no longer quick";
 }
@@ -751,7 +770,8 @@ TEST_F(UserFunctions, NothingIsClearedUnderACallInProgress) {
                              }),
                              OP_PLUS, variable(&a)));
     EXPECT_EQ(number(*makeCallElement(f, list(makeNumber(1)))), 2);
-    EXPECT_EQ(messages, "function in use, can't be cleared here: f|variable in use, can't be cleared here: a");
+    EXPECT_EQ(messages,
+              "function in use, can't be cleared here: f|variable in use, can't be cleared here: a");
 }
 
 TEST(FunctionSignature, ComparesKindsMarksAndDefaults) {

@@ -132,7 +132,8 @@ TEST(FunctionHead, Failures) {
     EXPECT_EQ(failureOf("f(a:x) := 1", quick), "default value must be a number");
     EXPECT_EQ(failureOf("f(a:1i) := 1", quick), "default value must be a number");
     EXPECT_EQ(failureOf("f(a, a) := 1", quick), "repeated name in argument list");
-    EXPECT_EQ(failureOf("f ::= 1", DefinitionMode::vectorisedQuick), "can't vectorize a function with no arguments");
+    EXPECT_EQ(failureOf("f ::= 1", DefinitionMode::vectorisedQuick),
+              "can't vectorize a function with no arguments");
 }
 
 Token name(const std::string& text, char code) { return {TOK_NAME, code, text}; }
@@ -152,10 +153,12 @@ TEST(FunctionHead, MarksWithoutTheirSign) {
         return "no failure";
     };
     EXPECT_EQ(failure({name("a", '*')}), "incorrect use of '*' in parameter list");
-    EXPECT_EQ(failure({name("a", '['), Token(TOK_INT, 0, "1")}), "incorrect use of '['. Use [] to indicate a list");
+    EXPECT_EQ(failure({name("a", '['), Token(TOK_INT, 0, "1")}),
+              "incorrect use of '['. Use [] to indicate a list");
     EXPECT_EQ(failure({name("a", '['), Token(TOK_EMPTY, 0)}), "no failure");
     EXPECT_EQ(failure({name("a", ':'), Token(TOK_SEP, ':')}), "default value must be a number");
-    EXPECT_EQ(failure({name("a", ':'), Token(TOK_SEP, ':'), Token(TOK_UNARY, '-')}), "default value must be a number");
+    EXPECT_EQ(failure({name("a", ':'), Token(TOK_SEP, ':'), Token(TOK_UNARY, '-')}),
+              "default value must be a number");
 }
 
 TEST(FunctionHead, AsManyParametersAsBits) {
@@ -278,8 +281,9 @@ TEST_F(FunctionDefinitions, ABodyMayBeBracedOverALine) {
 }
 
 TEST_F(FunctionDefinitions, BodiesInAFileAreCompiledLater) {
-    const auto path = writeFile("lib.vrp", "# a remark\nfunction y = twice(x)\n    y = 2*x;\nend\n"
-                                           "function y = again(x)\n    y = twice(twice(x));\nend\n");
+    const auto path = writeFile("lib.vrp",
+                                "# a remark\nfunction y = twice(x)\n    y = 2*x;\nend\n"
+                                "function y = again(x)\n    y = twice(twice(x));\nend\n");
     knowFromFile(path, 2, "function y = twice(x)");
     knowFromFile(path, 5, "function y = again(x)");
     EXPECT_TRUE(functions.find("again")->isPending());
@@ -294,8 +298,9 @@ TEST_F(FunctionDefinitions, ADeclarationIsNotCompiledFromItsLine) {
 }
 
 TEST_F(FunctionDefinitions, AFileThatFailsLosesItsFunctions) {
-    const auto path = writeFile("lib.vrp", "function y = good(x)\n    y = x;\nend\n"
-                                           "function y = other(x)\n    y = nosuch;\nend\n");
+    const auto path = writeFile("lib.vrp",
+                                "function y = good(x)\n    y = x;\nend\n"
+                                "function y = other(x)\n    y = nosuch;\nend\n");
     knowFromFile(path, 1, "function y = good(x)");
     knowFromFile(path, 4, "function y = other(x)");
     EXPECT_EQ(compile("result=1"), "unrecognised name {g 'nosuch'");
