@@ -509,13 +509,105 @@ struct NumberEntry {
     return run.finish(threadSafe);
 }
 
+/// The most frequent array expression: variables and constants, the arrays of
+/// one shape and no longer than a block, joined by element-wise operators.
+/// Answers false, with nothing changed, for anything else.
+class OneShapeRun {
+public:
+    bool run(std::span<const Instruction> code, Value* workspace) {
+        if (!workspace || workspace->valueType() != DOUBLE_VAL) return false;
+        for (const Instruction& in : code) {
+            Value* result = &in == &code.back() ? workspace : nullptr;
+            switch (in.kind) {
+                case Kind::pushDouble:
+                    if (!push(*in.variable)) return false;
+                    break;
+                case Kind::pushNumber: pushNumber(in.number, in.mark); break;
+                case Kind::operate:
+                    if (!operate(in.op, result)) return false;
+                    break;
+                case Kind::operateDouble:
+                    if (!push(*in.variable) || !operate(in.op, result)) return false;
+                    break;
+                case Kind::operateNumber:
+                    pushNumber(in.number, in.mark);
+                    if (!operate(in.op, result)) return false;
+                    break;
+                default: return false;
+            }
+        }
+        return true;
+    }
+
+    static constexpr int maxDepth = 4;
+
+private:
+    struct Item {
+        const double* items;  ///< null for a number
+        double number;
+        int mark;
+    };
+
+    void pushNumber(double x, int mark) { *end_++ = {nullptr, x, mark}; }
+
+    bool push(const Value& variable) {
+        const auto& v = static_cast<const DoubleValue&>(variable);
+        if (isNumber(v)) {
+            pushNumber(v[0], v.mark());
+            return true;
+        }
+        if (v.size() < 2 || v.size() > blockSize) return false;
+        if (size_ == 0) {
+            size_ = v.size();
+            nrow_ = v.nrow();
+        } else if (size_ != v.size() || nrow_ != v.nrow()) {
+            return false;
+        }
+        *end_++ = {v.data(), 0, v.mark()};
+        return true;
+    }
+
+    bool operate(int code, Value* result) {
+        Item& right = *--end_;
+        Item& left = end_[-1];
+        if (!left.items && !right.items) {
+            left.number = applyNumbers(code, left.number, right.number);
+            return !result;
+        }
+        if (!isElementwise(code)) return false;
+        double* target = blocks_ + (end_ - 1 - stack_) * blockSize;
+        if (result) {
+            result->setSizeShapeMark(size_, nrow_, left.mark);
+            target = static_cast<DoubleValue*>(result)->data();
+        }
+        applyOperator(code, target, operandOf(left), operandOf(right), size_);
+        left.items = target;
+        return true;
+    }
+
+    static Operand operandOf(const Item& item) {
+        return item.items ? Operand{item.items, false} : Operand{&item.number, true};
+    }
+
+    int size_ = 0, nrow_ = 0;
+    Item stack_[maxDepth];
+    Item* end_ = stack_;
+    alignas(64) double blocks_[maxDepth * blockSize];
+};
+
+[[gnu::noinline]] bool runOnOneShape(std::span<const Instruction> code, Value* workspace) {
+    OneShapeRun run;
+    return run.run(code, workspace);
+}
+
 /// The workspaces of a program without nodes.
 struct NoWorkspaces {};
 
 /// Runs a program on numbers as long as there are no arrays. `bottom` has room
 /// for the program's stack.
 template <bool hasNodes>
-Outcome runOnNumbers(std::span<const Instruction> code, NumberEntry* bottom, Value* workspace, bool threadSafe) {
+Outcome runOnNumbers(std::span<const Instruction> code, NumberEntry* bottom, Value* workspace, bool threadSafe,
+                     [[maybe_unused]] bool shallow) {
     [[maybe_unused]] std::conditional_t<hasNodes, Workspaces, NoWorkspaces> workspaces;
     NumberEntry* end = bottom;  // behind the top
     const auto goOn = [&](const Instruction& at, const Outcome* node, const Value* nodeWorkspace) {
@@ -523,6 +615,7 @@ Outcome runOnNumbers(std::span<const Instruction> code, NumberEntry* bottom, Val
         if constexpr (hasNodes) {
             return continueOnArrays(rest, {bottom, end}, node, nodeWorkspace, workspaces, workspace, threadSafe);
         } else {
+            if (shallow && runOnOneShape(code, workspace)) return Outcome::of(workspace);
             Workspaces copies;
             return continueOnArrays(rest, {bottom, end}, nullptr, nullptr, copies, workspace, threadSafe);
         }
@@ -573,10 +666,10 @@ Outcome BlockProgram::evaluate(Value* workspace) const {
     const auto run = hasNodes_ ? runOnNumbers<true> : runOnNumbers<false>;
     if (stackDepth_ <= nearDepth) {
         NumberEntry stack[nearDepth];
-        return run(code_, stack, workspace, threadSafe_);
+        return run(code_, stack, workspace, threadSafe_, stackDepth_ <= OneShapeRun::maxDepth);
     }
     std::vector<NumberEntry> stack(stackDepth_);
-    return run(code_, stack.data(), workspace, threadSafe_);
+    return run(code_, stack.data(), workspace, threadSafe_, false);
 }
 
 }  // namespace vorpen

@@ -17,7 +17,7 @@ template <class V>
 constexpr bool isComplexKind = std::is_same_v<V, ComplexValue>;
 
 /// An intermediate result: a number with its mark as long as it is a scalar,
-/// then an array.
+/// then an array. An array that is only read may be a variable's own.
 template <class V>
 class Term {
 public:
@@ -25,16 +25,35 @@ public:
 
     void setNumber(T x, int mark) {
         scalar_ = true;
+        borrowed_ = nullptr;
         number_ = x;
         mark_ = mark;
     }
+    /// Stands for an array that stays as it is while this term lives.
+    void borrow(V& array) {
+        scalar_ = false;
+        borrowed_ = &array;
+    }
+    void take(V&& array) {
+        scalar_ = false;
+        borrowed_ = nullptr;
+        array_ = std::move(array);
+    }
     [[nodiscard]] bool isScalar() const { return scalar_; }
+    [[nodiscard]] bool isBorrowed() const { return borrowed_ != nullptr; }
     [[nodiscard]] T number() const { return number_; }
     [[nodiscard]] int mark() const { return mark_; }
-    [[nodiscard]] int size() const { return scalar_ ? 1 : array_.size(); }
+    [[nodiscard]] int size() const { return scalar_ ? 1 : borrowed_ ? borrowed_->size() : array_.size(); }
 
-    /// The value as an array, which it is from now on.
+    /// The value as an array for reading.
+    V& readable() { return borrowed_ ? *borrowed_ : array(); }
+
+    /// The value as a private array, which it is from now on.
     V& array() {
+        if (borrowed_) {
+            array_ = *std::exchange(borrowed_, nullptr);
+            return array_;
+        }
         if (scalar_) {
             if constexpr (std::is_same_v<V, IntValue>)
                 array_.fillOne(static_cast<int>(number_));
@@ -51,21 +70,31 @@ public:
         if constexpr (isComplexKind<V>)
             return 0;
         else
-            return scalar_ ? truncateToInt(number_) : array_.intValue();
+            return scalar_ ? truncateToInt(number_) : readable().intValue();
     }
     [[nodiscard]] bool isNonZero() {
         if constexpr (isComplexKind<V>)
             return false;
         else
-            return (scalar_ ? number_ : array_.doubleValue()) != 0;
+            return (scalar_ ? number_ : readable().doubleValue()) != 0;
     }
 
 private:
     bool scalar_ = false;
     int mark_ = 0;
     T number_{};
+    V* borrowed_ = nullptr;
     V array_;
 };
+
+/// left . right, where the left matrix may be a variable's own.
+void multiplyMatrices(DoubleValue& left, bool isPrivate, DoubleValue& right, Term<DoubleValue>& out) {
+    if (isPrivate) return left.matrixProduct(right);
+    DoubleValue product;
+    product.viewOf(left.data(), left.size(), left.nrow(), left.mark());
+    product.matrixProduct(right);
+    out.take(std::move(product));
+}
 
 int wrapped(std::int64_t x) { return static_cast<int>(static_cast<std::uint32_t>(x)); }
 
@@ -74,7 +103,10 @@ int wrapped(std::int64_t x) { return static_cast<int>(static_cast<std::uint32_t>
 template <class V>
 class LevelEvaluator {
 public:
-    LevelEvaluator(const ExpressionItems& items, int minLevel) : items_(items), minLevel_(minLevel) {}
+    /// In a pure expression no operand can change a variable, so that arrays
+    /// may be read where they are.
+    LevelEvaluator(const ExpressionItems& items, int minLevel, bool pure)
+        : items_(items), minLevel_(minLevel), pure_(pure) {}
 
     void evaluateLevel(Term<V>& out, int level) {
         if (level <= minLevel_) return evaluateOperand(out);
@@ -115,8 +147,10 @@ private:
         }
     }
 
-    static void copyResult(Term<V>& out, Value& result, Value* workspace) {
+    void copyResult(Term<V>& out, Value& result, Value* workspace) {
         V& array = out.array();
+        if (pure_ && &result != workspace && result.valueType() == array.valueType())
+            return out.borrow(static_cast<V&>(result));
         if (&result == workspace && result.valueType() == array.valueType())
             array = std::move(static_cast<V&>(result));
         else
@@ -128,18 +162,22 @@ private:
         evaluateLevel(rhs, own);
         if (code == OP_QUOTIENT && isComplexKind<V>) throw OperatorFailure{'?'};
         if ((code & 7) < 2 || code == OP_QUOTIENT || code == OP_REMAINDER) return elementwise(acc, code, rhs);
+        if constexpr (std::is_same_v<V, DoubleValue>)
+            if (code == OP_PRODUCT)
+                return multiplyMatrices(acc.readable(), !acc.isBorrowed(), rhs.readable(), acc);
         V& left = acc.array();
+        V& right = rhs.readable();
         switch (code) {
             case OP_MATRIX_POWER:
                 if constexpr (std::is_same_v<V, DoubleValue>)
-                    return matrixPower(left, rhs.array());
+                    return matrixPower(left, right);
                 else
                     throw OperatorFailure{'?'};
-            case OP_PRODUCT: return left.matrixProduct(rhs.array());
-            case OP_TENSOR: return left.tensorProduct(rhs.array());
-            case OP_CROSS: return left.crossProduct(rhs.array());
-            case OP_ADD_LINES: return left.addLines(rhs.array(), 1);
-            case OP_SUBTRACT_LINES: return left.addLines(rhs.array(), -1);
+            case OP_PRODUCT: return left.matrixProduct(right);
+            case OP_TENSOR: return left.tensorProduct(right);
+            case OP_CROSS: return left.crossProduct(right);
+            case OP_ADD_LINES: return left.addLines(right, 1);
+            case OP_SUBTRACT_LINES: return left.addLines(right, -1);
             default: throw OperatorFailure{'?'};
         }
     }
@@ -148,7 +186,7 @@ private:
         if constexpr (!isComplexKind<V>)
             if (acc.isScalar() && rhs.isScalar())
                 return acc.setNumber(applyNumbers(code, acc.number(), rhs.number()), acc.mark());
-        acc.array().operate(code, rhs.array());
+        acc.array().operate(code, rhs.readable());
     }
 
     /// Two numbers of the kind of V, integers held in doubles.
@@ -174,7 +212,7 @@ private:
         if (acc.isScalar() && rhs.isScalar())
             return acc.setNumber(applyLogical(code, numberOf(acc), numberOf(rhs)), acc.mark());
         V& left = acc.array();
-        V& right = rhs.array();
+        V& right = rhs.readable();
         if (right.size() != 1) {
             if (left.size() == 1) {
                 const auto first = left[0];
@@ -213,9 +251,9 @@ private:
         Term<V> rhs;
         evaluateLevel(rhs, own);
         if (code == OP_COMMA)
-            acc.array().appendColumns(rhs.array());
+            acc.array().appendColumns(rhs.readable());
         else
-            acc.array().appendRows(rhs.array());
+            acc.array().appendRows(rhs.readable());
     }
 
     void query(Term<V>& acc, int own) {
@@ -229,11 +267,12 @@ private:
         if (chosen.isScalar())
             acc.setNumber(chosen.number(), chosen.mark());
         else
-            acc.array() = std::move(chosen.array());
+            acc.take(std::move(chosen.array()));
     }
 
     const ExpressionItems& items_;
     const int minLevel_;
+    const bool pure_;
     std::size_t at_ = 0;
 };
 
@@ -262,8 +301,8 @@ Outcome finishTerm(Term<V>& term, Value* workspace) {
 }
 
 template <class V>
-void evaluateInto(Term<V>& term, const ExpressionItems& items, int minLevel, int maxLevel) {
-    LevelEvaluator<V>(items, minLevel).evaluateLevel(term, maxLevel + 1);
+void evaluateInto(Term<V>& term, const ExpressionItems& items, int minLevel, int maxLevel, bool pure) {
+    LevelEvaluator<V>(items, minLevel, pure).evaluateLevel(term, maxLevel + 1);
 }
 
 /// Only the most negative element of a result is looked at: integers wrap
@@ -277,16 +316,16 @@ void testOverflow(Term<IntValue>& term) {
     Require(wrapped(-std::int64_t{lowest}) <= largest, "integer overflow");
 }
 
-Outcome evaluateIntegers(const ExpressionItems& items, int minLevel, int maxLevel, Value* workspace) {
+Outcome evaluateIntegers(const ExpressionItems& items, int minLevel, int maxLevel, bool pure, Value* workspace) {
     Term<IntValue> term;
-    evaluateInto(term, items, minLevel, maxLevel);
+    evaluateInto(term, items, minLevel, maxLevel, pure);
     testOverflow(term);
     return finishTerm(term, workspace);
 }
 
-Outcome evaluateComplex(const ExpressionItems& items, int minLevel, int maxLevel, Value* workspace) {
+Outcome evaluateComplex(const ExpressionItems& items, int minLevel, int maxLevel, bool pure, Value* workspace) {
     Term<ComplexValue> term;
-    evaluateInto(term, items, minLevel, maxLevel);
+    evaluateInto(term, items, minLevel, maxLevel, pure);
     return finishTerm(term, workspace);
 }
 
@@ -315,9 +354,9 @@ Value* SimpleExpression::pValue(Value* workspace) { return valueOf(evaluate(work
 Outcome SimpleExpression::evaluate(Value* workspace) {
     constexpr int products = 1, sums = 2;
     switch (type_) {
-        case INTEGER_VAL: return evaluateIntegers(items_, products, sums, workspace);
+        case INTEGER_VAL: return evaluateIntegers(items_, products, sums, pure_, workspace);
         case DOUBLE_VAL: return program_->evaluate(workspace);
-        case COMPLEX_VAL: return evaluateComplex(items_, products, sums, workspace);
+        case COMPLEX_VAL: return evaluateComplex(items_, products, sums, pure_, workspace);
         default: raiseRuntimeError("!Vorpen bug: SimpleExpression::pValue with invalid type");
     }
 }
@@ -344,7 +383,7 @@ GeneralIntegerExpression::GeneralIntegerExpression(ExpressionItems items)
 Value* GeneralIntegerExpression::pValue(Value* workspace) { return valueOf(evaluate(workspace), workspace); }
 
 Outcome GeneralIntegerExpression::evaluate(Value* workspace) {
-    return evaluateIntegers(items_, minLevel_, maxLevel_, workspace);
+    return evaluateIntegers(items_, minLevel_, maxLevel_, pure_, workspace);
 }
 
 GeneralMixedTypeExpression::GeneralMixedTypeExpression(ExpressionItems items)
@@ -360,7 +399,7 @@ Value* GeneralMixedTypeExpression::pValue(Value* workspace) {
 Outcome GeneralMixedTypeExpression::evaluate(Value* workspace) {
     if (program_) return program_->evaluate(workspace);
     Term<DoubleValue> term;
-    evaluateInto(term, items_, minLevel_, maxLevel_);
+    evaluateInto(term, items_, minLevel_, maxLevel_, pure_);
     return finishTerm(term, workspace);
 }
 
@@ -368,7 +407,7 @@ GeneralComplexExpression::GeneralComplexExpression(ExpressionItems items)
     : GeneralExpression(std::move(items), COMPLEX_VAL) {}
 
 Value* GeneralComplexExpression::pValue(Value* workspace) {
-    return valueOf(evaluateComplex(items_, minLevel_, maxLevel_, workspace), workspace);
+    return valueOf(evaluateComplex(items_, minLevel_, maxLevel_, pure_, workspace), workspace);
 }
 
 }  // namespace vorpen
