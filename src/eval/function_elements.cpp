@@ -69,9 +69,9 @@ Value* SimpleFuncIntElement::pValue(Value* workspace) {
     const Value* result = child(0)->pValue(&local);
     workspace->assign(*result);
     if (workspace->valueType() == INTEGER_VAL)
-        for (int& x : asInt(*workspace).items()) x = body_(x);
+        for (int& x : asInt(*workspace).items()) x = body()(x);
     else if (workspace->valueType() == DOUBLE_VAL)
-        for (double& x : asDouble(*workspace).items()) x = body_(truncateToInt(x));
+        for (double& x : asDouble(*workspace).items()) x = body()(truncateToInt(x));
     return workspace;
 }
 
@@ -80,7 +80,7 @@ Value* SimpleFuncComplexElement::pValue(Value* workspace) {
     shapeLike(*workspace, result);
     auto& out = asComplex(*workspace);
     const auto& in = asComplex(result);
-    for (int i = 0; i < out.size(); ++i) out[i] = body_(in[i]);
+    for (int i = 0; i < out.size(); ++i) out[i] = body()(in[i]);
     return workspace;
 }
 
@@ -89,7 +89,7 @@ Value* SimpleFuncCtoDElement::pValue(Value* workspace) {
     const auto& in = asComplex(*child(0)->pValue(&local));
     shapeLike(*workspace, in);
     auto& out = asDouble(*workspace);
-    for (int i = 0; i < out.size(); ++i) out[i] = body_(in[i]);
+    for (int i = 0; i < out.size(); ++i) out[i] = body()(in[i]);
     return workspace;
 }
 
@@ -97,7 +97,7 @@ Value* SimpleFuncCtoDElement::pValue(Value* workspace) {
 
 Value* DVal_DValFuncElement::pValue(Value* workspace) {
     const Value& in = *child(0)->pValue(workspace);
-    body_(in, asDouble(*workspace));
+    body()(in, asDouble(*workspace));
     return workspace;
 }
 
@@ -105,51 +105,43 @@ Value* DVal_IValFuncElement::pValue(Value* workspace) {
     Workspace local(child(0)->type());
     const Value& in = *child(0)->pValue(local.get());
     if (workspace->valueType() == INTEGER_VAL) {
-        body_(in, asInt(*workspace));
+        body()(in, asInt(*workspace));
         return workspace;
     }
     IntValue result;
-    body_(in, result);
+    body()(in, result);
     workspace->assign(result);
     return workspace;
 }
 
-Value* Value2ScalarI_Element::pValue(Value* workspace) { return valueOf(evaluate(workspace), workspace); }
-
 Outcome Value2ScalarI_Element::evaluate(Value*) {
     Workspace local(child(0)->type());
-    return Outcome::scalar(body_(*child(0)->pValue(local.get())));
+    return Outcome::scalar(body()(*child(0)->pValue(local.get())));
 }
-
-Value* Value2ScalarD_Element::pValue(Value* workspace) { return valueOf(evaluate(workspace), workspace); }
 
 Outcome Value2ScalarD_Element::evaluate(Value*) {
     Workspace local(child(0)->type());
-    return Outcome::scalar(body_(*child(0)->pValue(local.get())));
+    return Outcome::scalar(body()(*child(0)->pValue(local.get())));
 }
-
-Value* ColumnWiseFuncI_Element::pValue(Value* workspace) { return valueOf(evaluate(workspace), workspace); }
 
 Outcome ColumnWiseFuncI_Element::evaluate(Value* workspace) {
     Workspace local(child(0)->type());
     Value& in = *child(0)->pValue(local.get());
     const int mark = logical_ ? FORM_BOOL : FORM_NUMERIC;
-    if (in.isVector()) return Outcome::scalar(body_(in), mark);
+    if (in.isVector()) return Outcome::scalar(body()(in), mark);
     IntValue row;
-    reduceColumns(in, row, body_);
+    reduceColumns(in, row, body());
     row.setMark(mark);
     workspace->assign(row);
     return outcomeOf(workspace);
 }
 
-Value* ColumnWiseFuncD_Element::pValue(Value* workspace) { return valueOf(evaluate(workspace), workspace); }
-
 Outcome ColumnWiseFuncD_Element::evaluate(Value* workspace) {
     Workspace local(child(0)->type());
     Value& in = *child(0)->pValue(local.get());
-    if (in.isVector()) return Outcome::scalar(body_(in));
+    if (in.isVector()) return Outcome::scalar(body()(in));
     DoubleValue row;
-    reduceColumns(in, row, body_);
+    reduceColumns(in, row, body());
     workspace->assign(row);
     return outcomeOf(workspace);
 }

@@ -44,115 +44,90 @@ private:
     std::unique_ptr<BlockProgram> program_;
 };
 
-/// An integer function over every element.
-class SimpleFuncIntElement final : public With1Evaluatable {
+/// A call of a body with one child and a result of a fixed type.
+template <class Body, int resultType>
+class BodyElement : public With1Evaluatable {
 public:
-    SimpleFuncIntElement(EvaluatablePtr child, IntBody body) : With1Evaluatable(std::move(child)), body_(body) {}
-    Value* pValue(Value* workspace) override;
-    [[nodiscard]] int type() const override { return INTEGER_VAL; }
+    BodyElement(EvaluatablePtr child, Body body) : With1Evaluatable(std::move(child)), body_(body) {}
+    [[nodiscard]] int type() const override { return resultType; }
+
+protected:
+    [[nodiscard]] Body body() const { return body_; }
 
 private:
-    IntBody body_;
+    Body body_;
 };
 
-class SimpleFuncComplexElement final : public With1Evaluatable {
+/// An integer function over every element.
+class SimpleFuncIntElement final : public BodyElement<IntBody, INTEGER_VAL> {
 public:
-    SimpleFuncComplexElement(EvaluatablePtr child, ComplexBody body)
-        : With1Evaluatable(std::move(child)), body_(body) {}
+    using BodyElement::BodyElement;
     Value* pValue(Value* workspace) override;
-    [[nodiscard]] int type() const override { return COMPLEX_VAL; }
+};
 
-private:
-    ComplexBody body_;
+/// A complex function over every element.
+class SimpleFuncComplexElement final : public BodyElement<ComplexBody, COMPLEX_VAL> {
+public:
+    using BodyElement::BodyElement;
+    Value* pValue(Value* workspace) override;
 };
 
 /// A function from complex to real numbers over every element.
-class SimpleFuncCtoDElement final : public With1Evaluatable {
+class SimpleFuncCtoDElement final : public BodyElement<ComplexToRealBody, DOUBLE_VAL> {
 public:
-    SimpleFuncCtoDElement(EvaluatablePtr child, ComplexToRealBody body)
-        : With1Evaluatable(std::move(child)), body_(body) {}
+    using BodyElement::BodyElement;
     Value* pValue(Value* workspace) override;
-    [[nodiscard]] int type() const override { return DOUBLE_VAL; }
-
-private:
-    ComplexToRealBody body_;
 };
 
-/// A body that writes an array of its own shape.
-class DVal_DValFuncElement final : public With1Evaluatable {
+/// A body that writes an array of doubles of its own shape.
+class DVal_DValFuncElement final : public BodyElement<VectorToDoubleBody, DOUBLE_VAL> {
 public:
-    DVal_DValFuncElement(EvaluatablePtr child, VectorToDoubleBody body)
-        : With1Evaluatable(std::move(child)), body_(body) {}
+    using BodyElement::BodyElement;
     Value* pValue(Value* workspace) override;
-    [[nodiscard]] int type() const override { return DOUBLE_VAL; }
-
-private:
-    VectorToDoubleBody body_;
 };
 
-class DVal_IValFuncElement final : public With1Evaluatable {
+/// A body that writes an array of integers of its own shape.
+class DVal_IValFuncElement final : public BodyElement<VectorToIntBody, INTEGER_VAL> {
 public:
-    DVal_IValFuncElement(EvaluatablePtr child, VectorToIntBody body)
-        : With1Evaluatable(std::move(child)), body_(body) {}
+    using BodyElement::BodyElement;
     Value* pValue(Value* workspace) override;
-    [[nodiscard]] int type() const override { return INTEGER_VAL; }
-
-private:
-    VectorToIntBody body_;
 };
 
 /// A body that reduces a whole value to an integer.
-class Value2ScalarI_Element final : public With1Evaluatable {
+class Value2ScalarI_Element final : public BodyElement<ValueToIntBody, INTEGER_VAL> {
 public:
-    Value2ScalarI_Element(EvaluatablePtr child, ValueToIntBody body)
-        : With1Evaluatable(std::move(child)), body_(body) {}
-    Value* pValue(Value* workspace) override;
+    using BodyElement::BodyElement;
+    Value* pValue(Value* workspace) override { return valueOf(evaluate(workspace), workspace); }
     Outcome evaluate(Value* workspace) override;
-    [[nodiscard]] int type() const override { return INTEGER_VAL; }
-
-private:
-    ValueToIntBody body_;
 };
 
 /// A body that reduces a whole value to a double.
-class Value2ScalarD_Element final : public With1Evaluatable {
+class Value2ScalarD_Element final : public BodyElement<ValueToDoubleBody, DOUBLE_VAL> {
 public:
-    Value2ScalarD_Element(EvaluatablePtr child, ValueToDoubleBody body)
-        : With1Evaluatable(std::move(child)), body_(body) {}
-    Value* pValue(Value* workspace) override;
+    using BodyElement::BodyElement;
+    Value* pValue(Value* workspace) override { return valueOf(evaluate(workspace), workspace); }
     Outcome evaluate(Value* workspace) override;
-    [[nodiscard]] int type() const override { return DOUBLE_VAL; }
-
-private:
-    ValueToDoubleBody body_;
 };
 
 /// A reduction of a vector to one integer; a matrix gives one for each column.
-class ColumnWiseFuncI_Element final : public With1Evaluatable {
+class ColumnWiseFuncI_Element final : public BodyElement<ValueToIntBody, INTEGER_VAL> {
 public:
     /// `logical` marks the result as truth values.
     ColumnWiseFuncI_Element(EvaluatablePtr child, ValueToIntBody body, bool logical)
-        : With1Evaluatable(std::move(child)), body_(body), logical_(logical) {}
-    Value* pValue(Value* workspace) override;
+        : BodyElement(std::move(child), body), logical_(logical) {}
+    Value* pValue(Value* workspace) override { return valueOf(evaluate(workspace), workspace); }
     Outcome evaluate(Value* workspace) override;
-    [[nodiscard]] int type() const override { return INTEGER_VAL; }
 
 private:
-    ValueToIntBody body_;
     bool logical_;
 };
 
 /// A reduction of a vector to one double; a matrix gives one for each column.
-class ColumnWiseFuncD_Element final : public With1Evaluatable {
+class ColumnWiseFuncD_Element final : public BodyElement<ValueToDoubleBody, DOUBLE_VAL> {
 public:
-    ColumnWiseFuncD_Element(EvaluatablePtr child, ValueToDoubleBody body)
-        : With1Evaluatable(std::move(child)), body_(body) {}
-    Value* pValue(Value* workspace) override;
+    using BodyElement::BodyElement;
+    Value* pValue(Value* workspace) override { return valueOf(evaluate(workspace), workspace); }
     Outcome evaluate(Value* workspace) override;
-    [[nodiscard]] int type() const override { return DOUBLE_VAL; }
-
-private:
-    ValueToDoubleBody body_;
 };
 
 /// A body that answers with a value of its own. The child, which may be
