@@ -57,6 +57,14 @@ class Session(unittest.TestCase):
 
 
 class Options(Session):
+    def test_examples_run_without_a_failure(self):
+        folder = os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', 'examples')
+        names = sorted(n for n in os.listdir(folder) if n.endswith('.vrp'))
+        self.assertGreaterEqual(len(names), 4)
+        for name in names:
+            with self.subTest(name):
+                self.assertTrue(any(self.shown(os.path.realpath(os.path.join(folder, name)))))
+
     def test_version_and_help(self):
         self.assertRegex(self.shown('--version')[0], r'^vorpen-cli \d+\.\d+\.\d+$')
         text = '\n'.join(self.shown('--help'))
