@@ -42,6 +42,8 @@ void join(DoubleValue& target, const DoubleValue& value, char side) {
 // ---- a double target
 
 void AssignStm::exe() {
+    double x;
+    if (rhsNumber_.read(x)) return storeNumber(*lhs_, x, rhsNumber_.mark());
     if (rhsType_ == INTEGER_VAL) return assignIntegers(*lhs_, *expression());
     DoubleValue workspace;
     const Outcome outcome = expression()->evaluate(&workspace);
@@ -49,6 +51,8 @@ void AssignStm::exe() {
 }
 
 void FastAssignStm::exe() {
+    double x;
+    if (rhsNumber_.read(x)) return storeNumber(*lhs_, x, rhsNumber_.mark());
     if (rhsType_ == INTEGER_VAL) return assignIntegers(*lhs_, *expression());
     const Outcome outcome = expression()->evaluate(lhs_);
     if (outcome.isScalar())

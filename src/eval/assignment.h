@@ -25,7 +25,10 @@ namespace vorpen {
 class AssignStm : public Statement {
 public:
     AssignStm(int line, DoubleValue* lhs, EvaluatablePtr rhs)
-        : Statement(line, std::move(rhs)), lhs_(lhs), rhsType_(expression()->type()) {}
+        : Statement(line, std::move(rhs)),
+          lhs_(lhs),
+          rhsType_(expression()->type()),
+          rhsNumber_(*expression()) {}
     void exe() override;
     [[nodiscard]] bool uses(const Value* v) const override { return v == lhs_ || Statement::uses(v); }
     [[nodiscard]] const Value* assignedValue() const override { return lhs_; }
@@ -34,6 +37,7 @@ public:
 protected:
     DoubleValue* lhs_;
     int rhsType_;  ///< the static type of the right side
+    NumberSource rhsNumber_;
 };
 
 /// For a right side that does not read the target: it is computed straight
@@ -49,12 +53,8 @@ public:
 template <int Code>
 class OpAssignDStm final : public AssignStm {
 public:
-    OpAssignDStm(int line, DoubleValue* lhs, EvaluatablePtr rhs)
-        : AssignStm(line, lhs, std::move(rhs)), rhsNumber_(*expression()) {}
+    OpAssignDStm(int line, DoubleValue* lhs, EvaluatablePtr rhs) : AssignStm(line, lhs, std::move(rhs)) {}
     void exe() override;
-
-private:
-    NumberSource rhsNumber_;
 };
 
 using AssignPlusDStm = OpAssignDStm<OP_PLUS>;
@@ -66,12 +66,11 @@ using AssignDivideDStm = OpAssignDStm<OP_DIVIDE>;
 class OpAssignIntStm final : public AssignStm {
 public:
     OpAssignIntStm(int line, DoubleValue* lhs, EvaluatablePtr rhs, int code)
-        : AssignStm(line, lhs, std::move(rhs)), code_(code), rhsNumber_(*expression()) {}
+        : AssignStm(line, lhs, std::move(rhs)), code_(code) {}
     void exe() override;
 
 private:
     int code_;
-    NumberSource rhsNumber_;
 };
 
 /// `x ,= v` and `x ;= v`: joins columns or rows to the target.

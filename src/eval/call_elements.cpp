@@ -38,8 +38,9 @@ UserCallElement::UserCallElement(UserFunc& function, std::vector<Evaluatable*> p
       arguments_(std::move(pointers)),
       version_(function.version()) {
     plainArguments_ = arguments_.size() <= maxPlainArguments;
-    for (const Evaluatable* argument : arguments_) {
+    for (Evaluatable* argument : arguments_) {
         argumentTypes_.push_back(argument->type());
+        argumentNumbers_.emplace_back(*argument);
         const bool isReference = argument->elementKind() == ElementKind::functionReference;
         const bool isNumber = argument->type() <= DOUBLE_VAL || argument->type() == UNKNOWN_VAL;
         if (isReference || !isNumber) plainArguments_ = false;
@@ -90,15 +91,19 @@ inline Outcome UserCallElement::evaluateArgument(std::size_t i, DoubleValue& roo
 
 Outcome UserCallElement::evaluatePlain(Value* workspace) {
     const std::size_t count = arguments_.size();
-    if (count == 1) {
-        DoubleValue room;
-        const Outcome input = evaluateArgument(0, room);
-        return function_->callPlain({&input, 1}, workspace);
-    }
+    Outcome inputs[maxPlainArguments];
+    std::size_t known = 0;
+    while (known < count && argumentNumbers_[known].read(inputs[known])) ++known;
+    if (known < count) return evaluateWithRooms(workspace);
+    return function_->callPlain({inputs, count}, workspace);
+}
+
+Outcome UserCallElement::evaluateWithRooms(Value* workspace) {
+    const std::size_t count = arguments_.size();
     DoubleRooms rooms;
-    std::array<Outcome, maxPlainArguments> inputs;
+    Outcome inputs[maxPlainArguments];
     for (std::size_t i = 0; i < count; ++i) inputs[i] = evaluateArgument(i, rooms.add());
-    return function_->callPlain(std::span<const Outcome>(inputs.data(), count), workspace);
+    return function_->callPlain({inputs, count}, workspace);
 }
 
 Outcome UserFuncElement::evaluate(Value* workspace) {

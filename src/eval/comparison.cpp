@@ -19,16 +19,7 @@ void withComparison(int op, Work&& work) {
     }
 }
 
-bool compareNumbers(int op, double a, double b) {
-    switch (op) {
-        case OP_LESS: return a < b;
-        case OP_LESS_EQUAL: return a <= b;
-        case OP_EQUAL: return a == b;
-        case OP_NOT_EQUAL: return a != b;
-        case OP_GREATER_EQUAL: return a >= b;
-        default: return a > b;
-    }
-}
+bool compareNumbers(int op, double a, double b) { return comparesTrue(acceptedOrderings(op), a, b); }
 
 template <class L, class R, class F>
 void compareArrays(const L& left, const R& right, IntValue& out, F f) {
@@ -146,8 +137,22 @@ bool identical(const Value& a, const Value& b) {
 
 }  // namespace
 
+unsigned acceptedOrderings(int op) {
+    switch (op) {
+        case OP_LESS: return ORDER_LESS;
+        case OP_LESS_EQUAL: return ORDER_LESS | ORDER_EQUAL;
+        case OP_EQUAL: return ORDER_EQUAL;
+        case OP_NOT_EQUAL: return ORDER_LESS | ORDER_GREATER | ORDER_NONE;
+        case OP_GREATER_EQUAL: return ORDER_GREATER | ORDER_EQUAL;
+        default: return ORDER_GREATER;
+    }
+}
+
 ComparatorElement::ComparatorElement(EvaluatablePtr a, int op1, EvaluatablePtr b, int op2, EvaluatablePtr c)
-    : With3Evaluatable(std::move(a), std::move(b), std::move(c)), op1_(op1), op2_(op2) {
+    : With3Evaluatable(std::move(a), std::move(b), std::move(c)),
+      op1_(op1),
+      op2_(op2),
+      accepted_(acceptedOrderings(op1)) {
     if (child(2)) return;
     first_ = NumberSource(*child(0));
     second_ = NumberSource(*child(1));
@@ -156,17 +161,18 @@ ComparatorElement::ComparatorElement(EvaluatablePtr a, int op1, EvaluatablePtr b
 Value* ComparatorElement::pValue(Value* workspace) { return valueOf(evaluate(workspace), workspace); }
 
 Outcome ComparatorElement::evaluate(Value* workspace) {
-    double a, b;
+    bool truth;
+    if (readTruth(truth)) return Outcome::scalar(truth, FORM_BOOL);
+    double b;
     if (second_.isKnown() && child(0)->type() == DOUBLE_VAL && !first_.isKnown()) {
         DoubleValue local;
         const Outcome outcome = child(0)->evaluate(&local);
         if (outcome.isScalar() && second_.read(b))
-            return Outcome::scalar(compareNumbers(op1_, outcome.number, b), FORM_BOOL);
+            return Outcome::scalar(comparesTrue(accepted_, outcome.number, b), FORM_BOOL);
         IntValue result;
         compareValues(op1_, *valueOf(outcome, &local), *child(1)->pValue(nullptr), result);
         return deliver(result, workspace);
     }
-    if (first_.read(a) && second_.read(b)) return Outcome::scalar(compareNumbers(op1_, a, b), FORM_BOOL);
     return compareParts(workspace);
 }
 

@@ -9,6 +9,20 @@
 
 namespace vorpen {
 
+/// How two numbers can lie, as bits; `unordered` is for a NaN among them.
+enum Ordering : unsigned { ORDER_LESS = 1, ORDER_EQUAL = 2, ORDER_GREATER = 4, ORDER_NONE = 8 };
+
+/// The orderings for which a comparison holds.
+[[nodiscard]] unsigned acceptedOrderings(int op);
+
+/// Whether two numbers lie in one of the accepted orderings. Without a branch
+/// on the operator, which a loop that compares in many places would miss.
+inline bool comparesTrue(unsigned accepted, double a, double b) {
+    const unsigned less = a < b, equal = a == b, greater = a > b;
+    const unsigned none = (less | equal | greater) ^ 1u;
+    return (accepted & (less | equal << 1 | greater << 2 | none << 3)) != 0;
+}
+
 /// a op1 b, or a op1 b op2 c; parts are numbers of any kinds known or unknown
 /// while compiling. Complex and list parts have no order: the result is empty.
 /// The operator codes are OP_LESS to OP_GREATER without OP_IDENTICAL.
@@ -20,11 +34,21 @@ public:
     [[nodiscard]] int type() const override { return INTEGER_VAL; }
     [[nodiscard]] bool isPure() const override { return childrenArePure(); }
 
+    /// A comparison of two numbers that need no evaluation; false when it is
+    /// none.
+    bool readTruth(bool& truth) const {
+        double a, b;
+        if (!first_.read(a) || !second_.read(b)) return false;
+        truth = comparesTrue(accepted_, a, b);
+        return true;
+    }
+
 private:
     Outcome compareParts(Value* workspace);
 
     int op1_;
     int op2_;
+    unsigned accepted_;
     NumberSource first_, second_;  ///< the parts of a comparison of two
 };
 

@@ -9,15 +9,9 @@ namespace vorpen {
 namespace {
 
 Condition::Truth truthOf(const Outcome& outcome) {
-    double x;
-    if (outcome.isScalar()) {
-        x = outcome.number;
-    } else {
-        if (outcome.value()->size() != 1) return Condition::Truth::notScalar;
-        x = outcome.value()->doubleValue();
-    }
-    // Truncated; what has no integer counts as one that is not 0.
-    return x > -1 && x < 1 ? Condition::Truth::no : Condition::Truth::yes;
+    if (!outcome.isScalar() && outcome.value()->size() != 1) return Condition::Truth::notScalar;
+    const double x = outcome.isScalar() ? outcome.number : outcome.value()->doubleValue();
+    return isTrue(x) ? Condition::Truth::yes : Condition::Truth::no;
 }
 
 }  // namespace
@@ -69,20 +63,10 @@ void ContinueStm::exe() {
 
 // ---- conditions
 
-Condition::Truth Condition::test() const {
-    if (type_ == INTEGER_VAL) {
-        IntValue workspace;
-        return truthOf(expression_->evaluate(&workspace));
-    }
-    if (type_ == DOUBLE_VAL) {
-        DoubleValue workspace;
-        return truthOf(expression_->evaluate(&workspace));
-    }
+Condition::Truth Condition::evaluate() const {
     Workspace workspace(type_);
     return truthOf(expression_->evaluate(workspace.get()));
 }
-
-Condition::Truth Condition::test(Value* workspace) const { return truthOf(expression_->evaluate(workspace)); }
 
 void IfStm::exe() {
     const Condition::Truth truth = condition_.test();
@@ -125,9 +109,8 @@ bool LoopStm::runRound() {
 
 void WhileStm::exe() {
     if (!runState().running) return;
-    Workspace workspace(condition_.type());
     do {
-        const Condition::Truth truth = condition_.test(workspace.get());
+        const Condition::Truth truth = condition_.test();
         require(truth != Condition::Truth::notScalar, "non-scalar condition in while clause");
         if (truth == Condition::Truth::no) return;
     } while (runRound());

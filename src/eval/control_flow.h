@@ -12,23 +12,29 @@
 
 #include "eval/indexing.h"
 #include "eval/statement.h"
+#include "eval/truth_source.h"
 
 namespace vorpen {
 
 /// The condition of a statement.
 class Condition {
 public:
-    explicit Condition(Evaluatable* expression) : expression_(expression), type_(expression->type()) {}
+    explicit Condition(Evaluatable* expression)
+        : expression_(expression), type_(expression->type()), source_(*expression) {}
 
     enum class Truth { no, yes, notScalar };
-    [[nodiscard]] Truth test() const;
-    /// With a workspace of the kind of type(), for a loop that tests often.
-    [[nodiscard]] Truth test(Value* workspace) const;
-    [[nodiscard]] int type() const { return type_; }
+    [[nodiscard]] Truth test() const {
+        const TruthSource::Truth truth = source_.read();
+        return truth == TruthSource::Truth::notKnown ? evaluate() : static_cast<Truth>(truth);
+    }
 
 private:
+    /// Apart, so that a condition on numbers needs no room for it.
+    [[nodiscard, gnu::noinline]] Truth evaluate() const;
+
     Evaluatable* expression_;
     int type_;
+    TruthSource source_;
 };
 
 class IfStm final : public WithStm {

@@ -2,15 +2,14 @@
 #include "eval/index_reader.h"
 
 #include "base/errors.h"
+#include "eval/elements.h"
 
 namespace vorpen {
 
 IndexReader::IndexReader(Evaluatable& element)
     : source_(&element), fromDouble_(element.elementKind() == ElementKind::doubleToInt) {
-    if (!fromDouble_) return;
-    source_ = &static_cast<DoubleToIntElement&>(element).inner();
-    if (auto* variable = dynamic_cast<ValueElement*>(source_))
-        variable_ = dynamic_cast<const DoubleValue*>(variable->variable());
+    if (fromDouble_) source_ = &static_cast<DoubleToIntElement&>(element).inner();
+    number_ = NumberSource(*source_);
 }
 
 void copyIndices(const Outcome& index, IntValue& list) {

@@ -8,7 +8,7 @@
 // Anything else (a list of positions, a mask, a string) becomes a private
 // array of integers on demand.
 
-#include "eval/elements.h"
+#include "eval/number_source.h"
 
 namespace vorpen {
 
@@ -17,13 +17,9 @@ public:
     /// The element is not owned; it has been made fit for an index.
     explicit IndexReader(Evaluatable& element);
 
-    /// True when the index is a variable that holds a plain number, which is
+    /// True when the index is a plain number that needs no evaluation; it is
     /// not yet truncated. A truth value is none: it is a mask.
-    [[nodiscard]] bool readVariable(double& k) const {
-        if (!variable_ || variable_->size() != 1 || !isPlainMark(variable_->mark())) return false;
-        k = (*variable_)[0];
-        return true;
-    }
+    [[nodiscard]] bool readNumber(double& k) const { return number_.readIndex(k); }
 
     /// The index, not yet truncated where it is a double. The workspace is of
     /// the kind of workspaceType().
@@ -35,14 +31,12 @@ public:
 
     /// True when an outcome is a number to index with.
     [[nodiscard]] static bool isPlainNumber(const Outcome& index) {
-        return index.isScalar() && isPlainMark(index.mark());
+        return index.isScalar() && (index.mark() & 15) == FORM_NUMERIC;
     }
 
 private:
-    static bool isPlainMark(int mark) { return (mark & 15) == FORM_NUMERIC; }
-
     Evaluatable* source_;
-    const DoubleValue* variable_ = nullptr;
+    NumberSource number_;
     bool fromDouble_;
 };
 
@@ -51,7 +45,7 @@ private:
 class ReadIndex {
 public:
     explicit ReadIndex(const IndexReader& reader) {
-        if (reader.readVariable(number_)) return;
+        if (reader.readNumber(number_)) return;
         outcome_ = reader.evaluate(workspace_.emplace(reader.workspaceType()).get());
         isNumber_ = IndexReader::isPlainNumber(outcome_);
         number_ = outcome_.number;

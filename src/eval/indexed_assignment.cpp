@@ -104,7 +104,6 @@ SingleIndexedAssignStm::SingleIndexedAssignStm(int line, DoubleValue* lhs, Evalu
     : AssignStm(line, lhs, std::move(rhs)),
       index_(std::move(index)),
       reader_(*index_),
-      rhsNumber_(*expression()),
       irc_(irc),
       op_(op) {}
 
@@ -159,7 +158,7 @@ void SingleIndexedAssignStm::storeLines(const IntValue& index, int irc) {
 
 void SingleIndexedAssignStm::exe() {
     double k, x;
-    if (reader_.readVariable(k) && isIndexWithin(k, lhs_->size()) && selectsElements() && rhsNumber_.read(x))
+    if (reader_.readNumber(k) && isIndexWithin(k, lhs_->size()) && selectsElements() && rhsNumber_.read(x))
         return combine((*lhs_)[static_cast<int>(k) - 1], op_, x);
     exeGeneral();
 }
@@ -247,6 +246,11 @@ IndexedAssignStm::IndexedAssignStm(int line, DoubleValue* lhs, EvaluatablePtr ro
       op_(op) {}
 
 void IndexedAssignStm::exe() {
+    double r, c, x;
+    if (rhsNumber_.read(x) && rowReader_.readNumber(r) && columnReader_.readNumber(c)) {
+        const int at = elementPosition(*lhs_, r, c);
+        if (at >= 0) return combine((*lhs_)[at], op_, x);
+    }
     if (rhsType_ == DOUBLE_VAL) {
         DoubleValue workspace;
         store(expression()->evaluate(&workspace));
@@ -258,10 +262,9 @@ void IndexedAssignStm::exe() {
 
 void IndexedAssignStm::store(const Outcome& right) {
     double r, c;
-    DoubleValue& m = *lhs_;
-    if (right.isScalar() && rowReader_.readVariable(r) && columnReader_.readVariable(c)) {
-        const int at = elementPosition(m, r, c);
-        if (at >= 0) return combine(m[at], op_, right.number);
+    if (right.isScalar() && rowReader_.readNumber(r) && columnReader_.readNumber(c)) {
+        const int at = elementPosition(*lhs_, r, c);
+        if (at >= 0) return combine((*lhs_)[at], op_, right.number);
     }
     storeAtIndices(right);
 }

@@ -40,7 +40,6 @@ private:
 
     EvaluatablePtr index_;
     IndexReader reader_;
-    NumberSource rhsNumber_;
     int irc_;
     char op_;
 };

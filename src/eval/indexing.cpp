@@ -156,7 +156,7 @@ Outcome IndexedElementSingle::elementAt(double k, Value* workspace) {
 
 Outcome IndexedElementSingle::evaluate(Value* workspace) {
     double k;
-    return index_.readVariable(k) ? elementAt(k, workspace) : evaluateIndex(workspace);
+    return index_.readNumber(k) ? elementAt(k, workspace) : evaluateIndex(workspace);
 }
 
 Outcome IndexedElementSingle::evaluateIndex(Value* workspace) {
@@ -211,7 +211,7 @@ IndexedElementDouble::IndexedElementDouble(EvaluatablePtr row, EvaluatablePtr co
 Outcome IndexedElementDouble::evaluate(Value* workspace) {
     double r, c;
     const bool isPlainMatrix = doubles_ && doubles_->form() < FORM_KEY;
-    if (isPlainMatrix && row_.readVariable(r) && column_.readVariable(c)) {
+    if (isPlainMatrix && row_.readNumber(r) && column_.readNumber(c)) {
         const int at = elementPosition(*doubles_, r, c);
         if (at >= 0) return Outcome::scalar((*doubles_)[at], doubles_->mark());
     }

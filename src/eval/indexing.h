@@ -23,6 +23,8 @@ public:
     [[nodiscard]] ElementKind elementKind() const override { return ElementKind::namedValue; }
     [[nodiscard]] bool uses(const Value* v) const override { return v == target_; }
     [[nodiscard]] bool isPure() const override { return true; }
+    [[nodiscard]] Value* target() const { return target_; }
+    [[nodiscard]] int index() const { return index_; }
 
 private:
     Value* target_;
@@ -134,6 +136,9 @@ public:
         return v == target_ || With2Evaluatable::uses(v);
     }
     [[nodiscard]] bool isPure() const override { return childrenArePure(); }
+    [[nodiscard]] Value* target() const { return target_; }
+    [[nodiscard]] Evaluatable& row() const { return *child(0); }
+    [[nodiscard]] Evaluatable& column() const { return *child(1); }
 
 private:
     /// Apart, so that the way of two plain variables needs no room for it.

@@ -1,44 +1,92 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// Where a number comes from when it needs no evaluation: a variable of doubles
-// or a constant. Nodes that are asked for numbers all the time, conditions and
-// indices, look here first and call nothing.
+// The lane of plain numbers. Loops spend their time on expressions such as
+// `n/2`, `x[i] == 1` or `s + a[i,k]*b[k,j]` whose operands are variables that
+// hold one number each. For an expression that cannot change anything a second
+// tree is made beside the first: its nodes answer with a number in a register
+// and know the kinds of their operands, so that a variable or a constant is
+// read without a call.
+//
+// Where an operand turns out to be no single number, or an index does not fit,
+// the answer is "not known", and whoever asked evaluates the first tree from
+// the start. That is unseen, since nothing in the lane has an effect: it runs
+// no code of the user, prints nothing and never fails.
 
-#include "eval/elements.h"
+#include <memory>
+
+#include "eval/evaluatable.h"
 
 namespace vorpen {
 
+/// A node of the lane.
+class NumberNode {
+public:
+    struct Answer {
+        double number;
+        bool known;
+    };
+    static constexpr Answer unknown{0, false};
+
+    virtual ~NumberNode() = default;
+    [[nodiscard]] virtual Answer number() const = 0;
+};
+
+/// The number in a variable that holds one in one row.
+inline bool readNumber(const DoubleValue& variable, double& x) {
+    if (variable.size() != 1 || variable.nrow() != 1) return false;
+    x = variable[0];
+    return true;
+}
+
+/// The way of one expression through the lane. Without one every read fails.
 class NumberSource {
 public:
     NumberSource() = default;
-    explicit NumberSource(const Evaluatable& node) {
-        if (const auto* variable = dynamic_cast<const ValueElement*>(&node)) {
-            if (variable->type() == DOUBLE_VAL) variable_ = static_cast<const DoubleValue*>(variable->variable());
-        } else if (const auto* number = dynamic_cast<const NumberElement*>(&node)) {
-            if (travelsAsScalar(number->value())) {
-                constant_ = number->value().doubleValue();
-                isConstant_ = true;
+    /// The source refers to what the element refers to, and lives no longer.
+    explicit NumberSource(Evaluatable& element);
+
+    /// The number, or false when the element must be evaluated.
+    bool read(double& x) const {
+        switch (kind_) {
+            case Kind::node: {
+                const NumberNode::Answer answer = node_->number();
+                x = answer.number;
+                return answer.known;
             }
+            case Kind::variable: return readNumber(*variable_, x);
+            case Kind::constant: x = constant_; return true;
+            default: return false;
         }
+    }
+    [[nodiscard]] bool isKnown() const { return kind_ != Kind::none; }
+
+    /// The mark of the number just read: that of the leftmost operand.
+    [[nodiscard]] int mark() const { return marked_ ? marked_->mark() : constantMark_; }
+
+    /// As read, with the mark.
+    bool read(Outcome& outcome) const {
+        double x;
+        if (!read(x)) return false;
+        outcome = Outcome::scalar(x, mark());
+        return outcome.where < Outcome::markLimit;
     }
 
-    /// The number, or false when the node must be evaluated.
-    bool read(double& x) const {
-        if (isConstant_) {
-            x = constant_;
-            return true;
-        }
-        if (!variable_ || variable_->size() != 1 || variable_->nrow() != 1) return false;
-        x = (*variable_)[0];
-        return true;
-    }
-    [[nodiscard]] bool isKnown() const { return isConstant_ || variable_; }
+    /// As read, for an index: a truth value is none, it is a mask.
+    bool readIndex(double& k) const { return read(k) && (mark() & 15) == FORM_NUMERIC; }
 
 private:
-    const DoubleValue* variable_ = nullptr;
-    double constant_ = 0;
-    bool isConstant_ = false;
+    friend class LaneBuilder;
+    enum class Kind : unsigned char { none, variable, constant, node };
+
+    Kind kind_ = Kind::none;
+    int constantMark_ = FORM_NUMERIC;
+    const Value* marked_ = nullptr;  ///< carries the mark; null for a constant
+    union {
+        const DoubleValue* variable_ = nullptr;
+        double constant_;
+    };
+    std::unique_ptr<NumberNode> node_;
 };
 
 }  // namespace vorpen

@@ -6,6 +6,7 @@
 #include "eval/elements.h"
 #include "eval/evaluation_statements.h"
 #include "eval/run_state.h"
+#include "eval/store.h"
 
 namespace vorpen {
 
@@ -37,8 +38,16 @@ Value* emptyPlaceholder() {
 
 }  // namespace
 
+ReturnStm::ReturnStm(int line, EvaluatablePtr expression, Value* lhs)
+    : Statement(line, std::move(expression)), lhs_(lhs), number_(dynamic_cast<DoubleValue*>(lhs)) {
+    if (number_ && this->expression()) source_ = NumberSource(*this->expression());
+}
+
 void ReturnStm::exe() {
-    if (lhs_ && expression()) {
+    double x;
+    if (source_.read(x)) {
+        storeNumber(*number_, x, source_.mark());
+    } else if (lhs_ && expression()) {
         const int type = expression()->type();
         const bool isReal = type <= DOUBLE_VAL || type == UNKNOWN_VAL;
         if (isReal && lhs_->valueType() == DOUBLE_VAL) {

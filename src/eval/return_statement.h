@@ -5,6 +5,7 @@
 // `running`, so that every block and loop around it stops at its next look. It
 // throws nothing.
 
+#include "eval/number_source.h"
 #include "eval/statement.h"
 
 namespace vorpen {
@@ -13,14 +14,15 @@ class ReturnStm final : public Statement {
 public:
     /// The expression may be missing, and so may the output of a function that
     /// has none; then nothing is stored.
-    ReturnStm(int line, EvaluatablePtr expression, Value* lhs)
-        : Statement(line, std::move(expression)), lhs_(lhs) {}
+    ReturnStm(int line, EvaluatablePtr expression, Value* lhs);
     void exe() override;
     [[nodiscard]] bool uses(const Value* v) const override { return v == lhs_ || Statement::uses(v); }
     [[nodiscard]] Value* lhs() const { return lhs_; }
 
 private:
     Value* lhs_;
+    DoubleValue* number_;  ///< the output, or null for another kind
+    NumberSource source_;
 };
 
 /// Makes the last statement of a body provide the result: an expression is

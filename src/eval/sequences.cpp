@@ -3,6 +3,7 @@
 #include <new>
 
 #include "base/errors.h"
+#include "eval/elements.h"
 #include "eval/indexing.h"
 
 namespace vorpen {

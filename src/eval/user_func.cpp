@@ -22,6 +22,7 @@ void UserFunc::resetFunction(FunctionDesc desc) {
     if (!sameSignature(desc_, desc)) ++version_;
     body_.reset();
     quickBody_ = numberBody_ = nullptr;
+    bodyNumber_ = {};
     inputs_[0] = inputs_[1] = nullptr;
     plain_ = false;
     output_ = nullptr;
@@ -101,6 +102,7 @@ void UserFunc::describeCalls() {
     quickBodyType_ = quick ? quickBody_->type() : int{DOUBLE_VAL};
     const bool isNumber = quickBodyType_ <= DOUBLE_VAL || quickBodyType_ == UNKNOWN_VAL;
     numberBody_ = isNumber && !desc_.has(FUNCTION_VECTORISED) ? quickBody_ : nullptr;
+    bodyNumber_ = numberBody_ ? NumberSource(*numberBody_) : NumberSource();
     for (int i = 0; quick && i < parameterCount(); ++i) inputs_[i] = &asDouble(*locals_[i].value);
 
     outputIsMovable_ = output_ == inferredOutput_.get();
@@ -120,6 +122,7 @@ void UserFunc::loseBody(std::string message) {
     assert(depth_ == 0);
     body_.reset();
     quickBody_ = numberBody_ = nullptr;
+    bodyNumber_ = {};
     plain_ = false;
     setFlag(FUNCTION_QUICK, false);
     lostBody_ = std::move(message);

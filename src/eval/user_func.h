@@ -26,9 +26,11 @@
 #include <vector>
 
 #include "eval/function_elements.h"
+#include "eval/number_source.h"
 #include "eval/return_statement.h"
 #include "eval/stack_room.h"
 #include "eval/statement.h"
+#include "eval/store.h"
 
 namespace vorpen {
 
@@ -174,6 +176,20 @@ public:
     /// The same with numbers alone. The room is for the result.
     Outcome callQuickOnNumbers(Outcome first, Outcome second, DoubleValue& room, Value* workspace);
 
+    /// The same in the lane of numbers: has no effect where the answer, with a
+    /// mark of 0, is not known. Arguments that the function does not have are
+    /// ignored.
+    NumberNode::Answer quickNumber(Outcome first, Outcome second) {
+        if (depth_ != 0 || !bodyNumber_.isKnown()) return NumberNode::unknown;
+        if (inputs_[0]) storeNumber(*inputs_[0], first.number, first.mark());
+        if (inputs_[1]) storeNumber(*inputs_[1], second.number, second.mark());
+        double x;
+        depth_ = 1;
+        const bool known = bodyNumber_.read(x) && bodyNumber_.mark() == FORM_NUMERIC;
+        depth_ = 0;
+        return {x, known};
+    }
+
     /// True when all parameters and the first output are doubles, and passed
     /// by value.
     [[nodiscard]] bool isPlain() const { return plain_; }
@@ -246,6 +262,7 @@ private:
     StatementPtr body_;
     Evaluatable* quickBody_ = nullptr;   ///< the expression of a quick function
     Evaluatable* numberBody_ = nullptr;  ///< the same where a call with numbers needs no further look
+    NumberSource bodyNumber_;            ///< its way through the lane of numbers
     Value* output_ = nullptr;
     std::unique_ptr<Value> inferredOutput_;
     std::vector<Value*> otherOutputs_;  ///< null until the body sets one
@@ -275,6 +292,7 @@ protected:
 
     /// The argument elements, which the base owns.
     [[nodiscard]] std::span<Evaluatable* const> arguments() const { return arguments_; }
+    [[nodiscard]] const NumberSource& argumentNumber(std::size_t i) const { return argumentNumbers_[i]; }
     /// True when neither the function nor the arguments ask for more than
     /// doubles by value.
     [[nodiscard]] bool isPlainCall() const {
@@ -283,6 +301,8 @@ protected:
     [[nodiscard]] bool isForPresentSignature() const { return function_->version() == version_; }
     Outcome evaluateByRun(Value* workspace);
     Outcome evaluatePlain(Value* workspace);
+    /// Apart, so that a call with numbers needs no room for its arguments.
+    [[gnu::noinline]] Outcome evaluateWithRooms(Value* workspace);
     Outcome evaluateArgument(std::size_t i, DoubleValue& room);
 
     UserFunc* const function_;
@@ -294,6 +314,7 @@ private:
     static std::vector<Evaluatable*> pointersTo(const std::vector<EvaluatablePtr>& arguments);
 
     std::vector<Evaluatable*> arguments_;
+    std::vector<NumberSource> argumentNumbers_;
     std::vector<int> argumentTypes_;
     unsigned version_;     ///< of the signature that the call was compiled for
     bool plainArguments_;  ///< few, and all of integer, double or unknown type
@@ -313,6 +334,15 @@ class QuickUserFuncElement final : public UserCallElement {
 public:
     QuickUserFuncElement(UserFunc& function, std::vector<EvaluatablePtr> arguments);
     Outcome evaluate(Value* workspace) override;
+
+    /// The call in the lane of numbers.
+    [[nodiscard]] NumberNode::Answer number() const {
+        if (!function_->isQuick() || !isPlainCall()) return NumberNode::unknown;
+        Outcome first = Outcome::scalar(0), second = Outcome::scalar(0);
+        if (first_ && !argumentNumber(0).read(first)) return NumberNode::unknown;
+        if (second_ && !argumentNumber(1).read(second)) return NumberNode::unknown;
+        return function_->quickNumber(first, second);
+    }
 
 private:
     Outcome evaluateWithTwo(Value* workspace);

@@ -54,7 +54,7 @@ void applyOperator(int code, double* out, Operand a, Operand b, std::int64_t n) 
         case OP_TIMES: return multiplyLoop(out, a, b, n);
         case OP_DIVIDE: return divideLoop(out, a, b, n);
         case OP_QUOTIENT: return loop([](double x, double y) { return std::floor(x / y); }, out, a, b, n);
-        case OP_REMAINDER: return loop([](double x, double y) { return std::fmod(x, y); }, out, a, b, n);
+        case OP_REMAINDER: return loop([](double x, double y) { return remainderOf(x, y); }, out, a, b, n);
         default: return powerLoop(out, a, b, n);
     }
 }
