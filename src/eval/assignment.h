@@ -11,6 +11,7 @@
 // value being made.
 
 #include <functional>
+#include <optional>
 #include <vector>
 
 #include "eval/function_elements.h"
@@ -34,6 +35,11 @@ public:
     [[nodiscard]] const Value* assignedValue() const override { return lhs_; }
     [[nodiscard]] DoubleValue* lhs() const { return lhs_; }
 
+    /// True when the right side becomes the whole of the target.
+    [[nodiscard]] virtual bool isPlainAssignment() const { return true; }
+    /// The operator of `x op= ...`.
+    [[nodiscard]] virtual std::optional<int> operatorCode() const { return std::nullopt; }
+
 protected:
     DoubleValue* lhs_;
     int rhsType_;  ///< the static type of the right side
@@ -55,6 +61,8 @@ class OpAssignDStm final : public AssignStm {
 public:
     OpAssignDStm(int line, DoubleValue* lhs, EvaluatablePtr rhs) : AssignStm(line, lhs, std::move(rhs)) {}
     void exe() override;
+    [[nodiscard]] bool isPlainAssignment() const override { return false; }
+    [[nodiscard]] std::optional<int> operatorCode() const override { return Code; }
 };
 
 using AssignPlusDStm = OpAssignDStm<OP_PLUS>;
@@ -68,6 +76,8 @@ public:
     OpAssignIntStm(int line, DoubleValue* lhs, EvaluatablePtr rhs, int code)
         : AssignStm(line, lhs, std::move(rhs)), code_(code) {}
     void exe() override;
+    [[nodiscard]] bool isPlainAssignment() const override { return false; }
+    [[nodiscard]] std::optional<int> operatorCode() const override { return code_; }
 
 private:
     int code_;
@@ -80,6 +90,7 @@ public:
     GrowAssignDStm(int line, DoubleValue* lhs, EvaluatablePtr rhs, char side)
         : AssignStm(line, lhs, std::move(rhs)), side_(side) {}
     void exe() override;
+    [[nodiscard]] bool isPlainAssignment() const override { return false; }
 
 private:
     char side_;

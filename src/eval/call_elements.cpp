@@ -95,7 +95,7 @@ Outcome UserCallElement::evaluatePlain(Value* workspace) {
     std::size_t known = 0;
     while (known < count && argumentNumbers_[known].read(inputs[known])) ++known;
     if (known < count) return evaluateWithRooms(workspace);
-    return function_->callPlain({inputs, count}, workspace);
+    return function_->callOnNumbers({inputs, count}, workspace);
 }
 
 Outcome UserCallElement::evaluateWithRooms(Value* workspace) {

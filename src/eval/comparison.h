@@ -34,6 +34,12 @@ public:
     [[nodiscard]] int type() const override { return INTEGER_VAL; }
     [[nodiscard]] bool isPure() const override { return childrenArePure(); }
 
+    [[nodiscard]] Evaluatable& left() const { return *child(0); }
+    [[nodiscard]] Evaluatable& right() const { return *child(1); }
+    [[nodiscard]] bool isChain() const { return child(2) != nullptr; }
+    /// The orderings of the first two parts for which their comparison holds.
+    [[nodiscard]] unsigned accepted() const { return accepted_; }
+
     /// A comparison of two numbers that need no evaluation; false when it is
     /// none.
     bool readTruth(bool& truth) const {

@@ -71,29 +71,29 @@ Condition::Truth Condition::evaluate() const {
 void IfStm::exe() {
     const Condition::Truth truth = condition_.test();
     require(truth != Condition::Truth::notScalar, "non-scalar condition in if clause");
-    if (truth == Condition::Truth::yes) body().exe();
+    if (truth == Condition::Truth::yes) runBody();
 }
 
 void UnlessStm::exe() {
     const Condition::Truth truth = condition_.test();
     require(truth != Condition::Truth::notScalar, "non-scalar condition in while clause");
-    if (truth == Condition::Truth::no) body().exe();
+    if (truth == Condition::Truth::no) runBody();
 }
 
 void IfElseStm::exe() {
     const Condition::Truth truth = condition_.test();
     require(truth != Condition::Truth::notScalar, "non-scalar condition in if clause");
     if (truth == Condition::Truth::yes)
-        body().exe();
+        runBody();
     else
-        elseBody_->exe();
+        elseRun_.exe();
 }
 
 // ---- loops
 
 bool LoopStm::runRound() {
     try {
-        body().exe();
+        runBody();
     } catch (const ContinueStm&) {
         return true;
     } catch (const BreakStm&) {

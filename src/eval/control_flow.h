@@ -62,7 +62,8 @@ public:
     IfElseStm(int line, EvaluatablePtr condition, StatementPtr body, StatementPtr elseBody)
         : WithStm(line, std::move(condition), std::move(body)),
           condition_(expression()),
-          elseBody_(std::move(elseBody)) {}
+          elseBody_(std::move(elseBody)),
+          elseRun_(*elseBody_) {}
     void exe() override;
     [[nodiscard]] bool uses(const Value* v) const override { return WithStm::uses(v) || elseBody_->uses(v); }
     [[nodiscard]] Statement& elseBody() const { return *elseBody_; }
@@ -70,6 +71,7 @@ public:
 private:
     Condition condition_;
     StatementPtr elseBody_;
+    RunnableBody elseRun_;
 };
 
 /// A statement whose body runs in rounds.

@@ -161,16 +161,25 @@ private:
 /// allocation. They keep their addresses.
 class Workspaces {
 public:
+    Workspaces() = default;
+    ~Workspaces() {
+        while (count_ > 0) near(--count_)->~Workspace();
+    }
+    Workspaces(const Workspaces&) = delete;
+    Workspaces& operator=(const Workspaces&) = delete;
+
     Workspace& add(int staticType) {
-        if (count_ < near) return near_[count_++].emplace(staticType);
+        if (count_ < nearCount) return *new (near(count_++)) Workspace(staticType);
         return *far_.emplace_back(std::make_unique<Workspace>(staticType));
     }
 
 private:
-    static constexpr int near = 4;
-    std::array<std::optional<Workspace>, near> near_;
-    std::vector<std::unique_ptr<Workspace>> far_;
+    static constexpr int nearCount = 4;
+    Workspace* near(int i) { return reinterpret_cast<Workspace*>(rooms_) + i; }
+
     int count_ = 0;
+    std::vector<std::unique_ptr<Workspace>> far_;
+    alignas(Workspace) unsigned char rooms_[nearCount * sizeof(Workspace)];
 };
 
 /// Nodes with owned children, any of which may be missing where the class

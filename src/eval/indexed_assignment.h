@@ -25,6 +25,7 @@ public:
     SingleIndexedAssignStm(int line, DoubleValue* lhs, EvaluatablePtr index, int irc, EvaluatablePtr rhs,
                            char op);
     void exe() override;
+    [[nodiscard]] bool isPlainAssignment() const override { return false; }
     [[nodiscard]] bool uses(const Value* v) const override { return index_->uses(v) || AssignStm::uses(v); }
 
 private:
@@ -51,6 +52,7 @@ public:
                                EvaluatablePtr rhs)
         : AssignStm(line, lhs, std::move(rhs)), sequence_(std::move(sequence)), irc_(irc) {}
     void exe() override;
+    [[nodiscard]] bool isPlainAssignment() const override { return false; }
     [[nodiscard]] bool uses(const Value* v) const override {
         return sequence_->uses(v) || AssignStm::uses(v);
     }
@@ -66,6 +68,7 @@ public:
     IndexedAssignStm(int line, DoubleValue* lhs, EvaluatablePtr row, EvaluatablePtr column,
                      EvaluatablePtr rhs, char op);
     void exe() override;
+    [[nodiscard]] bool isPlainAssignment() const override { return false; }
     [[nodiscard]] bool uses(const Value* v) const override {
         return row_->uses(v) || column_->uses(v) || AssignStm::uses(v);
     }

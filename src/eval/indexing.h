@@ -45,6 +45,7 @@ public:
     [[nodiscard]] bool uses(const Value* v) const override { return v == target_; }
     [[nodiscard]] bool isPure() const override { return true; }
     [[nodiscard]] int value() const { return target_->dimension(dimension_); }
+    [[nodiscard]] const Value* target() const { return target_; }
 
 private:
     Value* target_;

@@ -1,52 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "eval/number_source.h"
 
-#include <optional>
-#include <variant>
-
-#include "eval/elements.h"
-#include "eval/expression.h"
-#include "eval/function_elements.h"
-#include "eval/indexing.h"
 #include "eval/logical_table.h"
+#include "eval/number_lane.h"
 #include "eval/user_func.h"
 #include "values/kernels.h"
 
 namespace vorpen {
 namespace {
-
-// ---- operands: a node is made for the kinds of its own
-
-struct VariableOperand {
-    const DoubleValue* variable;
-    bool read(double& x) const { return readNumber(*variable, x); }
-};
-
-struct ConstantOperand {
-    double constant;
-    bool read(double& x) const {
-        x = constant;
-        return true;
-    }
-};
-
-struct NodeOperand {
-    std::unique_ptr<NumberNode> node;
-    bool read(double& x) const {
-        const NumberNode::Answer answer = node->number();
-        x = answer.number;
-        return answer.known;
-    }
-};
-
-using LaneOperand = std::variant<VariableOperand, ConstantOperand, NodeOperand>;
-
-/// An operand with whatever carries its mark.
-struct Built {
-    LaneOperand operand;
-    const Value* marked;
-    int constantMark;
-};
 
 // ---- nodes
 
@@ -76,9 +37,9 @@ template <class Operator, class L, class R>
 class BinaryNode final : public NumberNode {
 public:
     BinaryNode(Operator op, L left, R right) : op_(op), left_(std::move(left)), right_(std::move(right)) {}
-    Answer number() const override {
+    Answer number(const double* frame) const override {
         double a, b;
-        if (!left_.read(a) || !right_.read(b)) return unknown;
+        if (!left_.read(frame, a) || !right_.read(frame, b)) return unknown;
         return {op_.apply(a, b), true};
     }
 
@@ -92,9 +53,9 @@ template <class Inner>
 class NegationNode final : public NumberNode {
 public:
     explicit NegationNode(Inner inner) : inner_(std::move(inner)) {}
-    Answer number() const override {
+    Answer number(const double* frame) const override {
         double x;
-        if (!inner_.read(x)) return unknown;
+        if (!inner_.read(frame, x)) return unknown;
         return {-x, true};
     }
 
@@ -106,9 +67,9 @@ template <class Inner>
 class FunctionNode final : public NumberNode {
 public:
     FunctionNode(RealBody body, Inner inner) : body_(body), inner_(std::move(inner)) {}
-    Answer number() const override {
+    Answer number(const double* frame) const override {
         double x;
-        if (!inner_.read(x)) return unknown;
+        if (!inner_.read(frame, x)) return unknown;
         return {body_(x), true};
     }
 
@@ -123,8 +84,8 @@ struct IndexOperand {
     Inner inner;
     const Value* marked;
 
-    bool read(double& k) const {
-        return inner.read(k) && (!marked || (marked->mark() & 15) == FORM_NUMERIC);
+    bool read(const double* frame, double& k) const {
+        return inner.read(frame, k) && (!marked || (marked->mark() & 15) == FORM_NUMERIC);
     }
 };
 
@@ -133,9 +94,9 @@ class ElementNode final : public NumberNode {
 public:
     ElementNode(const DoubleValue& target, int irc, Index index)
         : target_(target), elementsOnly_(irc == INDEX_ELEMENT), index_(std::move(index)) {}
-    Answer number() const override {
+    Answer number(const double* frame) const override {
         double k;
-        if (!index_.read(k) || !isIndexWithin(k, target_.size())) return unknown;
+        if (!index_.read(frame, k) || !isIndexWithin(k, target_.size())) return unknown;
         if (target_.form() == FORM_3D || !(elementsOnly_ || target_.isVector())) return unknown;
         return {target_[static_cast<int>(k) - 1], true};
     }
@@ -151,9 +112,9 @@ class MatrixElementNode final : public NumberNode {
 public:
     MatrixElementNode(const DoubleValue& target, Row row, Column column)
         : target_(target), row_(std::move(row)), column_(std::move(column)) {}
-    Answer number() const override {
+    Answer number(const double* frame) const override {
         double r, c;
-        if (!row_.read(r) || !column_.read(c) || target_.form() >= FORM_KEY) return unknown;
+        if (!row_.read(frame, r) || !column_.read(frame, c) || target_.form() >= FORM_KEY) return unknown;
         const int at = elementPosition(target_, r, c);
         if (at < 0) return unknown;
         return {target_[at], true};
@@ -165,202 +126,305 @@ private:
     Column column_;
 };
 
-/// A call of a quick function.
-class QuickCallNode final : public NumberNode {
+/// A call of a user function. A function without a form for numbers never
+/// answers.
+template <int count>
+class CallNode final : public NumberNode {
 public:
-    explicit QuickCallNode(const QuickUserFuncElement& call) : call_(call) {}
-    Answer number() const override { return call_.number(); }
+    CallNode(const UserCallElement& call, std::vector<NodeOperand> arguments) : call_(call) {
+        for (int i = 0; i < count; ++i) arguments_[i] = std::move(arguments[i]);
+    }
+    Answer number(const double* frame) const override {
+        const NumberFunction* function = call_.numberFunction();
+        if (!function) return unknown;
+        double values[FrameSlots::maxSlots];
+        for (int i = 0; i < count; ++i)
+            if (!arguments_[i].read(frame, values[i])) return unknown;
+        return call_.function().callNumberFunction(*function, values);
+    }
 
 private:
-    const QuickUserFuncElement& call_;
+    const UserCallElement& call_;
+    NodeOperand arguments_[count > 0 ? count : 1];
+};
+
+/// A variable that must have the mark 0.
+struct UnmarkedVariable {
+    const DoubleValue* variable;
+    bool read(const double*, double& x) const {
+        return readNumber(*variable, x) && variable->mark() == FORM_NUMERIC;
+    }
+};
+
+/// A number whose mark, which the variable carries, must be 0.
+class UnmarkedNode final : public NumberNode {
+public:
+    UnmarkedNode(std::unique_ptr<NumberNode> inner, const Value& marked)
+        : inner_(std::move(inner)), marked_(marked) {}
+    Answer number(const double* frame) const override {
+        return marked_.mark() == FORM_NUMERIC ? inner_->number(frame) : unknown;
+    }
+
+private:
+    std::unique_ptr<NumberNode> inner_;
+    const Value& marked_;
 };
 
 /// `end`.
 class LengthNode final : public NumberNode {
 public:
     explicit LengthNode(const EndIndexElement& end) : end_(end) {}
-    Answer number() const override { return {static_cast<double>(end_.value()), true}; }
+    Answer number(const double*) const override { return {static_cast<double>(end_.value()), true}; }
 
 private:
     const EndIndexElement& end_;
 };
 
+/// A variable, slot or constant as a node.
+template <class Inner>
+class LeafNode final : public NumberNode {
+public:
+    explicit LeafNode(Inner inner) : inner_(inner) {}
+    Answer number(const double* frame) const override {
+        double x;
+        if (!inner_.read(frame, x)) return unknown;
+        return {x, true};
+    }
+
+private:
+    Inner inner_;
+};
+
+template <class Operator>
+std::unique_ptr<NumberNode> join(Operator op, LaneOperand left, LaneOperand right) {
+    return std::visit(
+        [op](auto& l, auto& r) -> std::unique_ptr<NumberNode> {
+            using L = std::remove_reference_t<decltype(l)>;
+            using R = std::remove_reference_t<decltype(r)>;
+            return std::make_unique<BinaryNode<Operator, L, R>>(op, std::move(l), std::move(r));
+        },
+        left, right);
+}
+
+/// Puts a node around an operand, which keeps its mark.
+template <template <class> class Node, class... Fixed>
+void wrap(LaneNumber& number, Fixed... fixed) {
+    number.operand = std::visit(
+        [&](auto& inner) -> LaneOperand {
+            using Inner = std::remove_reference_t<decltype(inner)>;
+            return NodeOperand{std::make_unique<Node<Inner>>(fixed..., std::move(inner))};
+        },
+        number.operand);
+}
+
+template <class Inner>
+IndexOperand<Inner> asIndex(Inner& inner, const LaneNumber& number) {
+    return {std::move(inner), number.marked};
+}
+
 }  // namespace
 
 // ---- building
 
-class LaneBuilder {
-public:
-    static std::optional<Built> build(Evaluatable& element) {
-        if (auto* variable = dynamic_cast<ValueElement*>(&element)) return buildVariable(*variable);
-        if (auto* number = dynamic_cast<NumberElement*>(&element)) return buildConstant(*number);
-        if (auto* expression = dynamic_cast<Expression*>(&element)) return buildExpression(*expression);
-        if (auto* widened = dynamic_cast<IntToDoubleElement*>(&element)) return build(widened->inner());
-        if (auto* one = dynamic_cast<IndexedElementSingle*>(&element)) return buildElement(*one);
-        if (auto* two = dynamic_cast<IndexedElementDouble*>(&element)) return buildMatrixElement(*two);
-        if (auto* fixed = dynamic_cast<ConstIndexElement*>(&element)) return buildFixedElement(*fixed);
-        if (auto* function = dynamic_cast<SimpleFuncElement*>(&element)) return buildFunction(*function);
-        if (auto* unary = dynamic_cast<UnaryOpElement*>(&element)) return buildNegation(*unary);
-        if (auto* call = dynamic_cast<QuickUserFuncElement*>(&element))
-            return Built{NodeOperand{std::make_unique<QuickCallNode>(*call)}, nullptr, FORM_NUMERIC};
-        if (auto* end = dynamic_cast<EndIndexElement*>(&element))
-            return Built{NodeOperand{std::make_unique<LengthNode>(*end)}, nullptr, FORM_NUMERIC};
-        return std::nullopt;
-    }
+std::unique_ptr<NumberNode> nodeOf(LaneNumber number) {
+    return std::visit(
+        [](auto& inner) -> std::unique_ptr<NumberNode> {
+            using Inner = std::remove_reference_t<decltype(inner)>;
+            if constexpr (std::is_same_v<Inner, NodeOperand>)
+                return std::move(inner.node);
+            else
+                return std::make_unique<LeafNode<Inner>>(inner);
+        },
+        number.operand);
+}
 
-    static void fill(NumberSource& source, Built built) {
-        source.marked_ = built.marked;
-        source.constantMark_ = built.constantMark;
-        if (auto* variable = std::get_if<VariableOperand>(&built.operand)) {
-            source.kind_ = NumberSource::Kind::variable;
-            source.variable_ = variable->variable;
-        } else if (auto* constant = std::get_if<ConstantOperand>(&built.operand)) {
-            source.kind_ = NumberSource::Kind::constant;
-            source.constant_ = constant->constant;
-        } else {
-            source.kind_ = NumberSource::Kind::node;
-            source.node_ = std::move(std::get<NodeOperand>(built.operand).node);
-        }
-    }
+std::unique_ptr<NumberNode> unmarkedNodeOf(LaneNumber number) {
+    const Value* marked = number.marked;
+    if (!marked) return number.constantMark == FORM_NUMERIC ? nodeOf(std::move(number)) : nullptr;
+    if (auto* variable = std::get_if<VariableOperand>(&number.operand))
+        return std::make_unique<LeafNode<UnmarkedVariable>>(UnmarkedVariable{variable->variable});
+    return std::make_unique<UnmarkedNode>(nodeOf(std::move(number)), *marked);
+}
 
-private:
-    static std::optional<Built> buildVariable(const ValueElement& element) {
-        const auto* variable = dynamic_cast<const DoubleValue*>(element.variable());
-        if (!variable) return std::nullopt;
-        return Built{VariableOperand{variable}, variable, 0};
+std::unique_ptr<NumberNode> joinNumbers(int code, LaneOperand left, LaneOperand right) {
+    switch (code) {
+        case OP_PLUS: return join(Plus{}, std::move(left), std::move(right));
+        case OP_MINUS: return join(Minus{}, std::move(left), std::move(right));
+        case OP_TIMES: return join(Times{}, std::move(left), std::move(right));
+        case OP_DIVIDE: return join(Divide{}, std::move(left), std::move(right));
+        case OP_REMAINDER: return join(Remainder{}, std::move(left), std::move(right));
+        default: return join(OtherOperator{code}, std::move(left), std::move(right));
     }
+}
 
-    static std::optional<Built> buildConstant(const NumberElement& element) {
-        const Value& value = element.value();
+int FrameSlots::find(const Value* local) const {
+    for (int i = 0; i < count_; ++i)
+        if (locals_[i] == local) return i;
+    return -1;
+}
+
+bool FrameSlots::add(const Value* local) {
+    if (count_ == maxSlots) return false;
+    locals_[count_++] = local;
+    return true;
+}
+
+std::optional<LaneNumber> LaneBuilder::build(Evaluatable& element) const {
+    if (auto* variable = dynamic_cast<ValueElement*>(&element)) return buildVariable(*variable);
+    if (auto* number = dynamic_cast<NumberElement*>(&element)) {
+        const Value& value = number->value();
         if (!travelsAsScalar(value)) return std::nullopt;
-        return Built{ConstantOperand{value.doubleValue()}, nullptr, value.mark()};
+        return LaneNumber{ConstantOperand{value.doubleValue()}, nullptr, value.mark()};
     }
-
-    static std::optional<Built> buildFunction(const SimpleFuncElement& element) {
-        // Others may warn, and would do so twice.
-        if (!element.threadSafe()) return std::nullopt;
-        auto inner = build(element.inner());
-        if (!inner) return std::nullopt;
-        std::visit(
-            [&](auto& operand) {
-                using Inner = std::remove_reference_t<decltype(operand)>;
-                inner->operand =
-                    NodeOperand{std::make_unique<FunctionNode<Inner>>(element.body(), std::move(operand))};
-            },
-            inner->operand);
-        return inner;
-    }
-
-    static std::optional<Built> buildNegation(const UnaryOpElement& element) {
-        if (element.op() != '-' || element.type() != DOUBLE_VAL) return std::nullopt;
-        auto inner = build(element.inner());
-        if (!inner) return std::nullopt;
-        std::visit(
-            [&](auto& operand) {
-                using Inner = std::remove_reference_t<decltype(operand)>;
-                inner->operand = NodeOperand{std::make_unique<NegationNode<Inner>>(std::move(operand))};
-            },
-            inner->operand);
-        return inner;
-    }
-
-    static std::optional<Built> buildExpression(const Expression& expression) {
-        if (!BlockProgram::applies(expression)) return std::nullopt;
+    if (auto* expression = dynamic_cast<Expression*>(&element)) {
+        if (!BlockProgram::applies(*expression)) return std::nullopt;
         std::size_t next = 0;
-        return buildLevel(expression.items(), next, OP_END >> 3);
+        return buildLevel(expression->items(), next, OP_END >> 3);
     }
+    if (auto* widened = dynamic_cast<IntToDoubleElement*>(&element)) return build(widened->inner());
+    if (auto* one = dynamic_cast<IndexedElementSingle*>(&element)) return buildElement(*one);
+    if (auto* two = dynamic_cast<IndexedElementDouble*>(&element)) return buildMatrixElement(*two);
+    if (auto* fixed = dynamic_cast<ConstIndexElement*>(&element)) return buildFixedElement(*fixed);
+    if (auto* function = dynamic_cast<SimpleFuncElement*>(&element)) return buildFunction(*function);
+    if (auto* unary = dynamic_cast<UnaryOpElement*>(&element)) return buildNegation(*unary);
+    if (auto* call = dynamic_cast<UserCallElement*>(&element)) return buildCall(*call);
+    if (auto* end = dynamic_cast<EndIndexElement*>(&element); end && arrayTarget(end->target()))
+        return LaneNumber{NodeOperand{std::make_unique<LengthNode>(*end)}, nullptr, FORM_NUMERIC};
+    return std::nullopt;
+}
 
-    /// The operands from `next` on that operators below `level` join.
-    static std::optional<Built> buildLevel(const ExpressionItems& items, std::size_t& next, int level) {
-        if (level == 0) return build(*items[next].operand);
-        auto left = buildLevel(items, next, level - 1);
-        while (left && items[next].op >> 3 == level - 1) {
-            const int code = items[next++].op;
-            auto right = buildLevel(items, next, level - 1);
-            if (!right) return std::nullopt;
-            left->operand = NodeOperand{combine(code, std::move(left->operand), std::move(right->operand))};
-        }
-        return left;
-    }
+std::optional<LaneNumber> LaneBuilder::buildVariable(const ValueElement& element) const {
+    const auto* variable = dynamic_cast<const DoubleValue*>(element.variable());
+    if (!variable) return std::nullopt;
+    const int slot = slots_ ? slots_->find(variable) : -1;
+    if (slot < 0) return LaneNumber{VariableOperand{variable}, variable, 0};
+    if (!(slots_->assigned >> slot & 1u)) return std::nullopt;
+    return LaneNumber{SlotOperand{slot}, nullptr, FORM_NUMERIC};
+}
 
-    static std::unique_ptr<NumberNode> combine(int code, LaneOperand left, LaneOperand right) {
-        switch (code) {
-            case OP_PLUS: return join(Plus{}, std::move(left), std::move(right));
-            case OP_MINUS: return join(Minus{}, std::move(left), std::move(right));
-            case OP_TIMES: return join(Times{}, std::move(left), std::move(right));
-            case OP_DIVIDE: return join(Divide{}, std::move(left), std::move(right));
-            case OP_REMAINDER: return join(Remainder{}, std::move(left), std::move(right));
-            default: return join(OtherOperator{code}, std::move(left), std::move(right));
-        }
-    }
+std::optional<LaneNumber> LaneBuilder::buildFunction(const SimpleFuncElement& element) const {
+    // Others may warn, and would do so twice.
+    if (!element.threadSafe()) return std::nullopt;
+    auto inner = build(element.inner());
+    if (inner) wrap<FunctionNode>(*inner, element.body());
+    return inner;
+}
 
-    template <class Operator>
-    static std::unique_ptr<NumberNode> join(Operator op, LaneOperand left, LaneOperand right) {
-        return std::visit(
-            [op](auto& l, auto& r) -> std::unique_ptr<NumberNode> {
-                using L = std::remove_reference_t<decltype(l)>;
-                using R = std::remove_reference_t<decltype(r)>;
-                return std::make_unique<BinaryNode<Operator, L, R>>(op, std::move(l), std::move(r));
-            },
-            left, right);
-    }
+std::optional<LaneNumber> LaneBuilder::buildNegation(const UnaryOpElement& element) const {
+    if (element.op() != '-' || element.type() != DOUBLE_VAL) return std::nullopt;
+    auto inner = build(element.inner());
+    if (inner) wrap<NegationNode>(*inner);
+    return inner;
+}
 
-    /// An index, behind the truncation that the front end puts around it.
-    static std::optional<Built> buildIndex(Evaluatable& index) {
-        auto* truncated = dynamic_cast<DoubleToIntElement*>(&index);
-        auto built = build(truncated ? truncated->inner() : index);
-        if (built && !built->marked && (built->constantMark & 15) != FORM_NUMERIC) return std::nullopt;
-        return built;
+/// The operands from `next` on that operators below `level` join.
+std::optional<LaneNumber> LaneBuilder::buildLevel(const ExpressionItems& items, std::size_t& next,
+                                                  int level) const {
+    if (level == 0) return build(*items[next].operand);
+    auto left = buildLevel(items, next, level - 1);
+    while (left && items[next].op >> 3 == level - 1) {
+        const int code = items[next++].op;
+        auto right = buildLevel(items, next, level - 1);
+        if (!right) return std::nullopt;
+        left->operand = NodeOperand{joinNumbers(code, std::move(left->operand), std::move(right->operand))};
     }
+    return left;
+}
 
-    template <class Inner>
-    static IndexOperand<Inner> asIndex(Inner& inner, const Built& built) {
-        return {std::move(inner), built.marked};
-    }
+/// An index, behind the truncation that the front end puts around it.
+std::optional<LaneNumber> LaneBuilder::buildIndex(Evaluatable& index) const {
+    auto* truncated = dynamic_cast<DoubleToIntElement*>(&index);
+    auto built = build(truncated ? truncated->inner() : index);
+    if (built && !built->marked && (built->constantMark & 15) != FORM_NUMERIC) return std::nullopt;
+    return built;
+}
 
-    static std::optional<Built> buildElement(const IndexedElementSingle& element) {
-        const auto* target = dynamic_cast<const DoubleValue*>(element.target());
-        if (!target || element.irc() > INDEX_ELEMENT) return std::nullopt;
-        auto index = buildIndex(element.index());
-        if (!index) return std::nullopt;
-        auto node = std::visit(
-            [&](auto& inner) -> std::unique_ptr<NumberNode> {
-                auto operand = asIndex(inner, *index);
-                return std::make_unique<ElementNode<decltype(operand)>>(*target, element.irc(),
-                                                                        std::move(operand));
-            },
-            index->operand);
-        return Built{NodeOperand{std::move(node)}, target, 0};
-    }
+/// An indexed variable: no slot, which has no array behind it.
+const DoubleValue* LaneBuilder::arrayTarget(const Value* target) const {
+    if (slots_ && slots_->find(target) >= 0) return nullptr;
+    return dynamic_cast<const DoubleValue*>(target);
+}
 
-    static std::optional<Built> buildFixedElement(const ConstIndexElement& element) {
-        const auto* target = dynamic_cast<const DoubleValue*>(element.target());
-        if (!target) return std::nullopt;
-        auto node = std::make_unique<ElementNode<ConstantOperand>>(
-            *target, INDEX_ELEMENT, ConstantOperand{static_cast<double>(element.index())});
-        return Built{NodeOperand{std::move(node)}, target, 0};
-    }
+std::optional<LaneNumber> LaneBuilder::buildElement(const IndexedElementSingle& element) const {
+    const DoubleValue* target = arrayTarget(element.target());
+    if (!target || element.irc() > INDEX_ELEMENT) return std::nullopt;
+    auto index = buildIndex(element.index());
+    if (!index) return std::nullopt;
+    auto node = std::visit(
+        [&](auto& inner) -> std::unique_ptr<NumberNode> {
+            auto operand = asIndex(inner, *index);
+            return std::make_unique<ElementNode<decltype(operand)>>(*target, element.irc(), std::move(operand));
+        },
+        index->operand);
+    return LaneNumber{NodeOperand{std::move(node)}, target, 0};
+}
 
-    static std::optional<Built> buildMatrixElement(const IndexedElementDouble& element) {
-        const auto* target = dynamic_cast<const DoubleValue*>(element.target());
-        if (!target) return std::nullopt;
-        auto row = buildIndex(element.row());
-        auto column = buildIndex(element.column());
-        if (!row || !column) return std::nullopt;
-        auto node = std::visit(
-            [&](auto& r, auto& c) -> std::unique_ptr<NumberNode> {
-                auto rowOperand = asIndex(r, *row);
-                auto columnOperand = asIndex(c, *column);
-                using Node = MatrixElementNode<decltype(rowOperand), decltype(columnOperand)>;
-                return std::make_unique<Node>(*target, std::move(rowOperand), std::move(columnOperand));
-            },
-            row->operand, column->operand);
-        return Built{NodeOperand{std::move(node)}, target, 0};
+std::optional<LaneNumber> LaneBuilder::buildFixedElement(const ConstIndexElement& element) const {
+    const DoubleValue* target = arrayTarget(element.target());
+    if (!target) return std::nullopt;
+    auto node = std::make_unique<ElementNode<ConstantOperand>>(
+        *target, INDEX_ELEMENT, ConstantOperand{static_cast<double>(element.index())});
+    return LaneNumber{NodeOperand{std::move(node)}, target, 0};
+}
+
+std::optional<LaneNumber> LaneBuilder::buildMatrixElement(const IndexedElementDouble& element) const {
+    const DoubleValue* target = arrayTarget(element.target());
+    if (!target) return std::nullopt;
+    auto row = buildIndex(element.row());
+    auto column = buildIndex(element.column());
+    if (!row || !column) return std::nullopt;
+    auto node = std::visit(
+        [&](auto& r, auto& c) -> std::unique_ptr<NumberNode> {
+            auto rowOperand = asIndex(r, *row);
+            auto columnOperand = asIndex(c, *column);
+            using Node = MatrixElementNode<decltype(rowOperand), decltype(columnOperand)>;
+            return std::make_unique<Node>(*target, std::move(rowOperand), std::move(columnOperand));
+        },
+        row->operand, column->operand);
+    return LaneNumber{NodeOperand{std::move(node)}, target, 0};
+}
+
+/// A function that has a body without a form for numbers would only be a
+/// detour; one that is yet to be compiled may get such a form.
+std::optional<LaneNumber> LaneBuilder::buildCall(UserCallElement& element) const {
+    const UserFunc& function = element.function();
+    if (function.hasBody() && !function.hasNumberFunction()) return std::nullopt;
+    if (element.arguments().size() != static_cast<std::size_t>(function.parameterCount())) return std::nullopt;
+    std::vector<NodeOperand> arguments;
+    for (Evaluatable* argument : element.arguments()) {
+        auto built = build(*argument);
+        // The frame of the function has no place for marks.
+        auto node = built ? unmarkedNodeOf(std::move(*built)) : nullptr;
+        if (!node) return std::nullopt;
+        arguments.push_back({std::move(node)});
     }
-};
+    std::unique_ptr<NumberNode> node;
+    switch (arguments.size()) {
+        case 0: node = std::make_unique<CallNode<0>>(element, std::move(arguments)); break;
+        case 1: node = std::make_unique<CallNode<1>>(element, std::move(arguments)); break;
+        case 2: node = std::make_unique<CallNode<2>>(element, std::move(arguments)); break;
+        case 3: node = std::make_unique<CallNode<3>>(element, std::move(arguments)); break;
+        case 4: node = std::make_unique<CallNode<4>>(element, std::move(arguments)); break;
+        default: return std::nullopt;
+    }
+    return LaneNumber{NodeOperand{std::move(node)}, nullptr, FORM_NUMERIC};
+}
 
 NumberSource::NumberSource(Evaluatable& element) {
-    if (auto built = LaneBuilder::build(element)) LaneBuilder::fill(*this, std::move(*built));
+    auto built = LaneBuilder().build(element);
+    if (!built) return;
+    marked_ = built->marked;
+    constantMark_ = built->constantMark;
+    if (auto* variable = std::get_if<VariableOperand>(&built->operand)) {
+        kind_ = Kind::variable;
+        variable_ = variable->variable;
+    } else if (auto* constant = std::get_if<ConstantOperand>(&built->operand)) {
+        kind_ = Kind::constant;
+        constant_ = constant->constant;
+    } else {
+        kind_ = Kind::node;
+        node_ = std::move(std::get<NodeOperand>(built->operand).node);
+    }
 }
 
 }  // namespace vorpen

@@ -29,7 +29,8 @@ public:
     static constexpr Answer unknown{0, false};
 
     virtual ~NumberNode() = default;
-    [[nodiscard]] virtual Answer number() const = 0;
+    /// The frame holds the locals of the function around, if they are slots.
+    [[nodiscard]] virtual Answer number(const double* frame) const = 0;
 };
 
 /// The number in a variable that holds one in one row.
@@ -48,16 +49,14 @@ public:
 
     /// The number, or false when the element must be evaluated.
     bool read(double& x) const {
-        switch (kind_) {
-            case Kind::node: {
-                const NumberNode::Answer answer = node_->number();
-                x = answer.number;
-                return answer.known;
-            }
-            case Kind::variable: return readNumber(*variable_, x);
-            case Kind::constant: x = constant_; return true;
-            default: return false;
+        if (kind_ == Kind::node) {
+            const NumberNode::Answer answer = node_->number(nullptr);
+            x = answer.number;
+            return answer.known;
         }
+        if (kind_ == Kind::variable) return readNumber(*variable_, x);
+        x = constant_;
+        return kind_ == Kind::constant;
     }
     [[nodiscard]] bool isKnown() const { return kind_ != Kind::none; }
 
@@ -76,16 +75,13 @@ public:
     bool readIndex(double& k) const { return read(k) && (mark() & 15) == FORM_NUMERIC; }
 
 private:
-    friend class LaneBuilder;
     enum class Kind : unsigned char { none, variable, constant, node };
 
     Kind kind_ = Kind::none;
     int constantMark_ = FORM_NUMERIC;
     const Value* marked_ = nullptr;  ///< carries the mark; null for a constant
-    union {
-        const DoubleValue* variable_ = nullptr;
-        double constant_;
-    };
+    const DoubleValue* variable_ = nullptr;
+    double constant_ = 0;
     std::unique_ptr<NumberNode> node_;
 };
 

@@ -211,8 +211,6 @@ Outcome QuickUserFuncElement::evaluate(Value* workspace) {
         if (isForPresentSignature()) throw RuntimeError("invalid data type for quick user function");
         return evaluateByRun(workspace);
     }
-    const NumberNode::Answer answer = number();
-    if (answer.known) return Outcome::scalar(answer.number);
     if (second_) return evaluateWithTwo(workspace);
     DoubleValue room;
     const Outcome input = first_ ? first_->evaluate(&room) : Outcome::scalar(0);

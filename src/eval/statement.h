@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "eval/evaluatable.h"
+#include "eval/run_state.h"
 
 namespace vorpen {
 
@@ -80,6 +81,22 @@ private:
     Block statements_;
 };
 
+/// A body as it is run: a block of one statement is passed by, except for a
+/// debugger, which wants to stop in it. The statement is not owned.
+class RunnableBody {
+public:
+    RunnableBody() = default;
+    explicit RunnableBody(Statement& body) : body_(&body), inner_(&body) {
+        auto* block = dynamic_cast<BlockStm*>(&body);
+        if (block && block->statements().size() == 1) inner_ = block->statements().front().get();
+    }
+    void exe() const { (runState().debugStepping ? body_ : inner_)->exe(); }
+
+private:
+    Statement* body_ = nullptr;
+    Statement* inner_ = nullptr;
+};
+
 /// A statement that controls another one.
 class WithStm : public Statement {
 public:
@@ -88,10 +105,12 @@ public:
 
 protected:
     WithStm(int line, EvaluatablePtr expression, StatementPtr body)
-        : Statement(line, std::move(expression)), body_(std::move(body)) {}
+        : Statement(line, std::move(expression)), body_(std::move(body)), run_(*body_) {}
+    void runBody() const { run_.exe(); }
 
 private:
     StatementPtr body_;
+    RunnableBody run_;
 };
 
 /// Leaves the nearest loop. Where that loop stands around it in the same

@@ -10,7 +10,7 @@ namespace vorpen {
 
 /// The variable becomes a number with a mark; nothing is allocated.
 inline void storeNumber(DoubleValue& target, double x, int mark) {
-    if (target.size() != 1) target.setSize(1);
+    target.makeOne();
     target[0] = x;
     target.setNrow(1);
     target.setMark(mark);

@@ -22,7 +22,8 @@ void UserFunc::resetFunction(FunctionDesc desc) {
     if (!sameSignature(desc_, desc)) ++version_;
     body_.reset();
     quickBody_ = numberBody_ = nullptr;
-    bodyNumber_ = {};
+    numberFunction_.reset();
+    isOnNumbers_ = false;
     inputs_[0] = inputs_[1] = nullptr;
     plain_ = false;
     output_ = nullptr;
@@ -102,9 +103,9 @@ void UserFunc::describeCalls() {
     quickBodyType_ = quick ? quickBody_->type() : int{DOUBLE_VAL};
     const bool isNumber = quickBodyType_ <= DOUBLE_VAL || quickBodyType_ == UNKNOWN_VAL;
     numberBody_ = isNumber && !desc_.has(FUNCTION_VECTORISED) ? quickBody_ : nullptr;
-    bodyNumber_ = numberBody_ ? NumberSource(*numberBody_) : NumberSource();
     for (int i = 0; quick && i < parameterCount(); ++i) inputs_[i] = &asDouble(*locals_[i].value);
 
+    bodyRun_ = RunnableBody(*body_);
     outputIsMovable_ = output_ == inferredOutput_.get();
     framed_.clear();
     for (int i = 0; i < static_cast<int>(locals_.size()); ++i) {
@@ -116,13 +117,22 @@ void UserFunc::describeCalls() {
         const bool shared = isParameter && (desc_.byReference >> i & 1u);
         if (value == output_ && !shared) outputIsMovable_ = true;
     }
+    if (plain_) {
+        makesNumberFunction_ = true;
+        numberFunction_ = NumberFunction::compile(*this, *body_, *output_);
+        makesNumberFunction_ = false;
+        numberCredit_ = initialCredit;
+    }
+    const auto isDoubleLocal = [](const Framed& local) { return local.number != nullptr; };
+    isOnNumbers_ = plain_ && framed_.size() <= maxNumberLocals && std::ranges::all_of(framed_, isDoubleLocal);
 }
 
 void UserFunc::loseBody(std::string message) {
     assert(depth_ == 0);
     body_.reset();
     quickBody_ = numberBody_ = nullptr;
-    bodyNumber_ = {};
+    numberFunction_.reset();
+    isOnNumbers_ = false;
     plain_ = false;
     setFlag(FUNCTION_QUICK, false);
     lostBody_ = std::move(message);

@@ -26,7 +26,7 @@
 #include <vector>
 
 #include "eval/function_elements.h"
-#include "eval/number_source.h"
+#include "eval/number_function.h"
 #include "eval/return_statement.h"
 #include "eval/stack_room.h"
 #include "eval/statement.h"
@@ -88,6 +88,10 @@ inline constexpr int maxCallsInProgress = 50;
 /// The most arguments of a call that goes without records; nearly all calls
 /// have fewer, and each costs room on the stack.
 inline constexpr std::size_t maxPlainArguments = 4;
+
+/// The most locals, parameters included, of a function whose calls on numbers
+/// keep the frame on the machine's stack.
+inline constexpr std::size_t maxNumberLocals = 6;
 
 class UserFunc {
 public:
@@ -162,6 +166,11 @@ public:
     /// up. The workspace is a double.
     Outcome callPlain(std::span<const Outcome> arguments, Value* workspace);
 
+    /// The same for arguments that are all numbers: the fastest way. The
+    /// locals of the call around it wait on the machine's stack, unless one of
+    /// them is an array.
+    Outcome callOnNumbers(std::span<const Outcome> arguments, Value* workspace);
+
     /// The same by the expression of a quick function alone. A value in one of
     /// the rooms is used up, any other is only read. Arguments that the
     /// function does not have are ignored.
@@ -176,18 +185,21 @@ public:
     /// The same with numbers alone. The room is for the result.
     Outcome callQuickOnNumbers(Outcome first, Outcome second, DoubleValue& room, Value* workspace);
 
-    /// The same in the lane of numbers: has no effect where the answer, with a
-    /// mark of 0, is not known. Arguments that the function does not have are
-    /// ignored.
-    NumberNode::Answer quickNumber(Outcome first, Outcome second) {
-        if (depth_ != 0 || !bodyNumber_.isKnown()) return NumberNode::unknown;
-        if (inputs_[0]) storeNumber(*inputs_[0], first.number, first.mark());
-        if (inputs_[1]) storeNumber(*inputs_[1], second.number, second.mark());
-        double x;
-        depth_ = 1;
-        const bool known = bodyNumber_.read(x) && bodyNumber_.mark() == FORM_NUMERIC;
-        depth_ = 0;
-        return {x, known};
+    /// The form for numbers, or null.
+    [[nodiscard]] const NumberFunction* numberFunction() const {
+        return numberCredit_ > 0 ? numberFunction_.get() : nullptr;
+    }
+    [[nodiscard]] bool hasNumberFunction() const { return numberFunction_ || makesNumberFunction_; }
+    /// One call of that form. A function that again and again asks for more
+    /// than numbers is not tried for ever.
+    NumberNode::Answer callNumberFunction(const NumberFunction& function, double* frame) {
+        if (static_cast<unsigned>(depth_) >= maxCallsInProgress || !stackHasRoom()) [[unlikely]]
+            return NumberNode::unknown;
+        ++depth_;
+        const NumberNode::Answer answer = function.run(frame);
+        --depth_;
+        if (depth_ == 0) numberCredit_ += answer.known ? numberCredit_ < initialCredit : -1;
+        return answer;
     }
 
     /// True when all parameters and the first output are doubles, and passed
@@ -205,6 +217,7 @@ public:
 private:
     class References;
     class Results;
+    class NumberFrame;
 
     /// A local that a frame saves: any but the persistent ones.
     struct Framed {
@@ -235,6 +248,8 @@ private:
     void bindDefaults(std::size_t bound);
     void runBody();
     SavedData takeOutput();
+    void endOnNumbers(bool again, const NumberFrame& frame) noexcept;
+    [[gnu::noinline]] Outcome finishWithArray(bool again, const NumberFrame& frame, Value* workspace);
     Outcome callForEach(std::span<const Outcome> arguments, Value* workspace);
     Outcome callQuickAgain(QuickArguments arguments, Value* workspace);
     Outcome evaluateQuick(const QuickArguments& arguments, Value* workspace);
@@ -260,9 +275,14 @@ private:
     bool outputIsMovable_ = true;  ///< it is not persistent and not shared with a caller
     bool enteredAgain_ = false;    ///< a failure came out of a quick call below another one
     StatementPtr body_;
+    RunnableBody bodyRun_;
+    bool isOnNumbers_ = false;  ///< it has a body, is plain, and all its few locals are doubles
     Evaluatable* quickBody_ = nullptr;   ///< the expression of a quick function
     Evaluatable* numberBody_ = nullptr;  ///< the same where a call with numbers needs no further look
-    NumberSource bodyNumber_;            ///< its way through the lane of numbers
+    std::unique_ptr<NumberFunction> numberFunction_;
+    bool makesNumberFunction_ = false;
+    static constexpr int initialCredit = 64;
+    int numberCredit_ = initialCredit;
     Value* output_ = nullptr;
     std::unique_ptr<Value> inferredOutput_;
     std::vector<Value*> otherOutputs_;  ///< null until the body sets one
@@ -286,13 +306,18 @@ public:
     void run(ExtraOutputs extraOutputs, Value& out) override;
     Value* pValue(Value* workspace) final { return valueOf(evaluate(workspace), workspace); }
 
+    /// The argument elements, which the base owns.
+    [[nodiscard]] std::span<Evaluatable* const> arguments() const { return arguments_; }
+    /// The form of the function for numbers, when it fits this call now; a
+    /// debugger wants to see the statements run.
+    [[nodiscard]] const NumberFunction* numberFunction() const {
+        return isPlainCall() && !runState().debugStepping ? function_->numberFunction() : nullptr;
+    }
+
 protected:
     UserCallElement(UserFunc& function, std::vector<EvaluatablePtr> arguments)
         : UserCallElement(function, pointersTo(arguments), std::move(arguments)) {}
 
-    /// The argument elements, which the base owns.
-    [[nodiscard]] std::span<Evaluatable* const> arguments() const { return arguments_; }
-    [[nodiscard]] const NumberSource& argumentNumber(std::size_t i) const { return argumentNumbers_[i]; }
     /// True when neither the function nor the arguments ask for more than
     /// doubles by value.
     [[nodiscard]] bool isPlainCall() const {
@@ -334,15 +359,6 @@ class QuickUserFuncElement final : public UserCallElement {
 public:
     QuickUserFuncElement(UserFunc& function, std::vector<EvaluatablePtr> arguments);
     Outcome evaluate(Value* workspace) override;
-
-    /// The call in the lane of numbers.
-    [[nodiscard]] NumberNode::Answer number() const {
-        if (!function_->isQuick() || !isPlainCall()) return NumberNode::unknown;
-        Outcome first = Outcome::scalar(0), second = Outcome::scalar(0);
-        if (first_ && !argumentNumber(0).read(first)) return NumberNode::unknown;
-        if (second_ && !argumentNumber(1).read(second)) return NumberNode::unknown;
-        return function_->quickNumber(first, second);
-    }
 
 private:
     Outcome evaluateWithTwo(Value* workspace);

@@ -17,17 +17,12 @@ namespace vorpen {
 
 namespace {
 
-/// True for a single element within the value itself, which can be dropped
-/// without freeing anything, and for an empty value.
-bool keepsItemInside(const DoubleValue& v) {
-    const auto object = reinterpret_cast<std::uintptr_t>(&v);
-    const auto item = reinterpret_cast<std::uintptr_t>(v.data());
-    return v.isEmpty() || (item >= object && item < object + sizeof v);
-}
+/// True for contents that a frame can hold without a block.
+bool isNumberOrEmpty(const DoubleValue& v) { return v.isEmpty() || (v.size() == 1 && v.isInside()); }
 
 void dropItems(DoubleValue& v, int mark) {
     if (!v.isEmpty()) {
-        if (keepsItemInside(v))
+        if (v.isInside())
             v.endView();
         else
             v.clear();
@@ -53,7 +48,7 @@ void UserFunc::pushFrame() {
     frameTop_ += framed_.size();
     for (const Framed& local : framed_) {
         SavedLocal& record = *saved++;
-        if (!local.number || local.number->size() > 1 || !keepsItemInside(*local.number)) [[unlikely]] {
+        if (!local.number || !isNumberOrEmpty(*local.number)) [[unlikely]] {
             record.state = SavedLocal::block;
             blocks_.push_back(local.value->detachData());
             continue;
@@ -133,7 +128,7 @@ void UserFunc::bindDefaults(std::size_t bound) {
 }
 
 void UserFunc::runBody() {
-    body_->exe();
+    bodyRun_.exe();
     runState().running = true;
 }
 
@@ -171,6 +166,85 @@ Outcome UserFunc::callPlain(std::span<const Outcome> arguments, Value* workspace
     }
     end();
     if (result.isScalar()) return result;
+    workspace->adoptData(contents);
+    return Outcome::of(workspace);
+}
+
+/// The locals of one call of a function on numbers, while a further call runs.
+class UserFunc::NumberFrame {
+public:
+    /// False, with nothing changed, when one of them is an array.
+    bool save(const UserFunc& function) {
+        SavedNumber* saved = saved_;
+        for (const Framed& local : function.framed_) {
+            const DoubleValue& v = *local.number;
+            if (!isNumberOrEmpty(v)) return false;
+            *saved++ = {v.isEmpty() ? 0 : v[0], v.size(), v.nrow(), v.mark()};
+        }
+        for (const Framed& local : function.framed_)
+            if (!local.isParameter && !local.number->isEmpty()) local.number->endView();
+        return true;
+    }
+
+    void restore(const UserFunc& function) const noexcept {
+        const SavedNumber* saved = saved_;
+        for (const Framed& local : function.framed_) {
+            if (saved->size == 1)
+                storeNumber(*local.number, saved->number, saved->mark);
+            else
+                dropItems(*local.number, saved->mark);
+            local.number->setNrow(saved++->nrow);
+        }
+    }
+
+private:
+    struct SavedNumber {
+        double number;
+        int size, nrow, mark;
+    };
+    SavedNumber saved_[maxNumberLocals];
+};
+
+Outcome UserFunc::callOnNumbers(std::span<const Outcome> arguments, Value* workspace) {
+    NumberFrame frame;
+    const bool again = depth_ != 0;
+    if (!isOnNumbers_) [[unlikely]]
+        return callPlain(arguments, workspace);
+    requireRoom();
+    if (again && !frame.save(*this)) [[unlikely]]
+        return callPlain(arguments, workspace);
+    ++depth_;
+    try {
+        for (std::size_t i = 0; i < arguments.size(); ++i)
+            storeNumber(*framed_[i].number, arguments[i].number, arguments[i].mark());
+        if (arguments.size() < desc_.paramNames.size()) bindDefaults(arguments.size());
+        bodyRun_.exe();
+    } catch (...) {
+        endOnNumbers(again, frame);
+        enteredAgain_ = again;
+        printInChain();
+        throw;
+    }
+    runState().running = true;
+    const auto& output = static_cast<const DoubleValue&>(*output_);
+    if (!travelsAsScalar(output)) [[unlikely]]
+        return finishWithArray(again, frame, workspace);
+    const Outcome result = Outcome::scalar(output[0], output.mark());
+    endOnNumbers(again, frame);
+    return result;
+}
+
+inline void UserFunc::endOnNumbers(bool again, const NumberFrame& frame) noexcept {
+    --depth_;
+    if (again)
+        frame.restore(*this);
+    else
+        releaseLocals();
+}
+
+Outcome UserFunc::finishWithArray(bool again, const NumberFrame& frame, Value* workspace) {
+    SavedData contents = takeOutput();
+    endOnNumbers(again, frame);
     workspace->adoptData(contents);
     return Outcome::of(workspace);
 }

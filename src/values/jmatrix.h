@@ -66,6 +66,20 @@ public:
         nrow_ = 1;
     }
 
+    /// Size 1; rows, mark and the element are for the caller to set.
+    void makeOne() {
+        if (size_ == 1) return;
+        if (isPlainItem<T> && capacity_ == 0) {
+            data_ = &inlineItem_;
+            size_ = 1;
+        } else {
+            setSize(1);
+        }
+    }
+    /// True for a single element within the object, which can be dropped
+    /// without freeing anything.
+    [[nodiscard]] bool isInside() const { return data_ == &inlineItem_; }
+
     [[nodiscard]] int itemSize() const override;
     [[nodiscard]] bool anyNonZero() const override;
     [[nodiscard]] bool allNonZero() const override;

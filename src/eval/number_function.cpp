@@ -1,0 +1,253 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "eval/number_function.h"
+
+#include <typeinfo>
+
+#include "eval/assignment.h"
+#include "eval/control_flow.h"
+#include "eval/number_lane.h"
+#include "eval/return_statement.h"
+#include "eval/user_func.h"
+
+namespace vorpen {
+namespace {
+
+enum class Flow : unsigned char { next, done, unknown };
+
+class NumberStatement {
+public:
+    virtual ~NumberStatement() = default;
+    [[nodiscard]] virtual Flow exe(double* frame) const = 0;
+};
+
+using NumberStatementPtr = std::unique_ptr<NumberStatement>;
+using NodePtr = std::unique_ptr<NumberNode>;
+
+/// Gives a slot a value; a return does so and ends the call.
+template <Flow flow>
+class StoreNode final : public NumberStatement {
+public:
+    StoreNode(int slot, NodePtr value) : slot_(slot), value_(std::move(value)) {}
+    Flow exe(double* frame) const override {
+        const NumberNode::Answer answer = value_->number(frame);
+        frame[slot_] = answer.number;
+        return answer.known ? flow : Flow::unknown;
+    }
+
+private:
+    int slot_;
+    NodePtr value_;
+};
+
+class EndNode final : public NumberStatement {
+public:
+    Flow exe(double*) const override { return Flow::done; }
+};
+
+class SequenceNode final : public NumberStatement {
+public:
+    explicit SequenceNode(std::vector<NumberStatementPtr> statements) : statements_(std::move(statements)) {}
+    Flow exe(double* frame) const override {
+        for (const NumberStatementPtr& statement : statements_)
+            if (const Flow flow = statement->exe(frame); flow != Flow::next) return flow;
+        return Flow::next;
+    }
+
+private:
+    std::vector<NumberStatementPtr> statements_;
+};
+
+enum class Truth : unsigned char { no, yes, unknown };
+
+class NumberCondition {
+public:
+    virtual ~NumberCondition() = default;
+    [[nodiscard]] virtual Truth test(const double* frame) const = 0;
+};
+
+using NumberConditionPtr = std::unique_ptr<NumberCondition>;
+
+template <class L, class R>
+class ComparisonNode final : public NumberCondition {
+public:
+    ComparisonNode(unsigned accepted, L left, R right)
+        : accepted_(accepted), left_(std::move(left)), right_(std::move(right)) {}
+    Truth test(const double* frame) const override {
+        double a, b;
+        if (!left_.read(frame, a) || !right_.read(frame, b)) return Truth::unknown;
+        return Truth{comparesTrue(accepted_, a, b)};
+    }
+
+private:
+    unsigned accepted_;
+    L left_;
+    R right_;
+};
+
+class NumberTruthNode final : public NumberCondition {
+public:
+    explicit NumberTruthNode(NodePtr number) : number_(std::move(number)) {}
+    Truth test(const double* frame) const override {
+        const NumberNode::Answer answer = number_->number(frame);
+        return answer.known ? Truth{isTrue(answer.number)} : Truth::unknown;
+    }
+
+private:
+    NodePtr number_;
+};
+
+/// A condition with a branch for each truth; either may be missing.
+class ChoiceNode final : public NumberStatement {
+public:
+    ChoiceNode(NumberConditionPtr condition, NumberStatementPtr yes, NumberStatementPtr no)
+        : condition_(std::move(condition)), branches_{std::move(no), std::move(yes)} {}
+    Flow exe(double* frame) const override {
+        const Truth truth = condition_->test(frame);
+        if (truth == Truth::unknown) return Flow::unknown;
+        const NumberStatement* branch = branches_[static_cast<int>(truth)].get();
+        return branch ? branch->exe(frame) : Flow::next;
+    }
+
+private:
+    NumberConditionPtr condition_;
+    NumberStatementPtr branches_[2];
+};
+
+class Compiled final : public NumberFunction {
+public:
+    Compiled(NumberStatementPtr body, int output) : body_(std::move(body)), output_(output) {}
+    NumberNode::Answer run(double* frame) const override {
+        if (body_->exe(frame) == Flow::unknown) return NumberNode::unknown;
+        return {frame[output_], true};
+    }
+
+private:
+    NumberStatementPtr body_;
+    int output_;
+};
+
+/// Makes the second form of a body; each way answers null where there is none.
+class BodyBuilder {
+public:
+    BodyBuilder(FrameSlots& slots, const Value& output) : slots_(slots), output_(slots.find(&output)) {}
+
+    NumberStatementPtr build(Statement& statement) {
+        if (auto* block = dynamic_cast<BlockStm*>(&statement)) return buildBlock(*block);
+        if (auto* choice = dynamic_cast<IfElseStm*>(&statement))
+            return buildChoice(*choice, &choice->body(), &choice->elseBody());
+        if (auto* choice = dynamic_cast<IfStm*>(&statement)) return buildChoice(*choice, &choice->body(), nullptr);
+        if (auto* choice = dynamic_cast<UnlessStm*>(&statement))
+            return buildChoice(*choice, nullptr, &choice->body());
+        if (auto* end = dynamic_cast<ReturnStm*>(&statement)) return buildReturn(*end);
+        if (auto* assignment = dynamic_cast<AssignStm*>(&statement)) return buildAssignment(*assignment);
+        return nullptr;
+    }
+
+    [[nodiscard]] bool endsWithOutput() const { return output_ >= 0 && isAssigned(output_); }
+    [[nodiscard]] int output() const { return output_; }
+
+private:
+    /// Behind a return anything may be said of the slots.
+    static constexpr unsigned everything = ~0u;
+
+    [[nodiscard]] bool isAssigned(int slot) const { return (slots_.assigned >> slot & 1u) != 0; }
+    void setAssigned(int slot) { slots_.assigned |= 1u << slot; }
+
+    NumberStatementPtr buildBlock(BlockStm& block) {
+        std::vector<NumberStatementPtr> statements;
+        for (const StatementPtr& statement : block.statements()) {
+            statements.push_back(build(*statement));
+            if (!statements.back()) return nullptr;
+        }
+        if (statements.size() == 1) return std::move(statements.front());
+        return std::make_unique<SequenceNode>(std::move(statements));
+    }
+
+    NumberStatementPtr buildChoice(Statement& choice, Statement* yes, Statement* no) {
+        NumberConditionPtr condition = buildCondition(*choice.expression());
+        if (!condition) return nullptr;
+        const unsigned before = slots_.assigned;
+        NumberStatementPtr first = yes ? build(*yes) : nullptr;
+        const unsigned afterFirst = std::exchange(slots_.assigned, before);
+        NumberStatementPtr second = no ? build(*no) : nullptr;
+        if ((yes && !first) || (no && !second)) return nullptr;
+        slots_.assigned &= afterFirst;
+        return std::make_unique<ChoiceNode>(std::move(condition), std::move(first), std::move(second));
+    }
+
+    NumberConditionPtr buildCondition(Evaluatable& element) {
+        const LaneBuilder lane(&slots_);
+        auto* comparison = dynamic_cast<ComparatorElement*>(&element);
+        if (!comparison) {
+            auto number = lane.build(element);
+            return number ? std::make_unique<NumberTruthNode>(nodeOf(std::move(*number))) : nullptr;
+        }
+        if (comparison->isChain()) return nullptr;
+        auto left = lane.build(comparison->left()), right = lane.build(comparison->right());
+        if (!left || !right) return nullptr;
+        return std::visit(
+            [&](auto& l, auto& r) -> NumberConditionPtr {
+                using Node = ComparisonNode<std::remove_reference_t<decltype(l)>, std::remove_reference_t<decltype(r)>>;
+                return std::make_unique<Node>(comparison->accepted(), std::move(l), std::move(r));
+            },
+            left->operand, right->operand);
+    }
+
+    NumberStatementPtr buildReturn(ReturnStm& statement) {
+        NumberStatementPtr result;
+        if (!statement.expression()) {
+            if (endsWithOutput()) result = std::make_unique<EndNode>();
+        } else if (output_ >= 0 && slots_.find(statement.lhs()) == output_) {
+            result = buildStore<Flow::done>(output_, *statement.expression());
+        }
+        slots_.assigned = everything;
+        return result;
+    }
+
+    NumberStatementPtr buildAssignment(AssignStm& statement) {
+        const int slot = slots_.find(statement.lhs());
+        if (slot < 0) return nullptr;
+        if (statement.isPlainAssignment()) {
+            auto result = buildStore<Flow::next>(slot, *statement.expression());
+            setAssigned(slot);
+            return result;
+        }
+        if (!statement.operatorCode() || !isAssigned(slot)) return nullptr;
+        auto number = LaneBuilder(&slots_).build(*statement.expression());
+        if (!number) return nullptr;
+        auto node = joinNumbers(*statement.operatorCode(), SlotOperand{slot}, std::move(number->operand));
+        return std::make_unique<StoreNode<Flow::next>>(slot, std::move(node));
+    }
+
+    template <Flow flow>
+    NumberStatementPtr buildStore(int slot, Evaluatable& expression) {
+        auto number = LaneBuilder(&slots_).build(expression);
+        NodePtr node = number ? unmarkedNodeOf(std::move(*number)) : nullptr;
+        return node ? std::make_unique<StoreNode<flow>>(slot, std::move(node)) : nullptr;
+    }
+
+    FrameSlots& slots_;
+    int output_;
+};
+
+}  // namespace
+
+std::unique_ptr<NumberFunction> NumberFunction::compile(UserFunc& function, Statement& body,
+                                                        const Value& output) {
+    FrameSlots slots;
+    const auto locals = function.locals();
+    const int parameters = function.parameterCount();
+    for (int i = 0; i < static_cast<int>(locals.size()); ++i) {
+        const bool isPersistent = i >= parameters && i < parameters + function.persistentCount();
+        if (isPersistent) continue;
+        if (locals[i].value->valueType() != DOUBLE_VAL || !slots.add(locals[i].value.get())) return nullptr;
+    }
+    if (slots.find(&output) < 0 && !slots.add(&output)) return nullptr;
+    slots.assigned = (1u << parameters) - 1;
+    BodyBuilder builder(slots, output);
+    auto compiled = builder.build(body);
+    if (!compiled || !builder.endsWithOutput()) return nullptr;
+    return std::make_unique<Compiled>(std::move(compiled), builder.output());
+}
+
+}  // namespace vorpen

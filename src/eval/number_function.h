@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// The form of a user function for calls with numbers. A function that only
+// computes, whose locals hold a number each and which changes nothing beside
+// them, has its body made a second time, over a frame of doubles on the
+// machine's stack: a call then saves and restores nothing, and a recursion
+// costs a few dozen machine instructions.
+//
+// Such a body is made of assignments to locals, conditions, blocks and
+// returns. Every local must have got its value before it is read, and the
+// output before the end, since what a former call left behind is not here.
+// Anything else, and a step limit, a missing room or a value that is no number
+// at run time, makes the answer "not known"; the call then runs in the general
+// way from its start.
+
+#include <memory>
+#include <vector>
+
+#include "eval/number_source.h"
+
+namespace vorpen {
+
+class UserFunc;
+
+class NumberFunction {
+public:
+    virtual ~NumberFunction() = default;
+
+    /// Null when the body asks for more.
+    static std::unique_ptr<NumberFunction> compile(UserFunc& function, class Statement& body,
+                                                   const Value& output);
+
+    /// The frame holds the arguments first.
+    [[nodiscard]] virtual NumberNode::Answer run(double* frame) const = 0;
+};
+
+}  // namespace vorpen
