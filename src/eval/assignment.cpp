@@ -41,11 +41,21 @@ void join(DoubleValue& target, const DoubleValue& value, char side) {
 
 // ---- a double target
 
+AssignStm::AssignStm(int line, DoubleValue* lhs, EvaluatablePtr rhs)
+    : Statement(line, std::move(rhs)),
+      lhs_(lhs),
+      rhsType_(expression()->type()),
+      rhsNumber_(*expression()) {
+    const auto* call = dynamic_cast<const GeneralFuncElement*>(expression());
+    mayLeaveTarget_ = call && call->mayLeaveResult();
+}
+
 void AssignStm::exe() {
     double x;
     if (rhsNumber_.read(x)) return storeNumber(*lhs_, x, rhsNumber_.mark());
     if (rhsType_ == INTEGER_VAL) return assignIntegers(*lhs_, *expression());
     DoubleValue workspace;
+    if (mayLeaveTarget_) workspace.copyFrom(*lhs_);
     const Outcome outcome = expression()->evaluate(&workspace);
     storeOutcome(*lhs_, outcome, workspace);
 }

@@ -25,11 +25,7 @@ namespace vorpen {
 /// may read the target.
 class AssignStm : public Statement {
 public:
-    AssignStm(int line, DoubleValue* lhs, EvaluatablePtr rhs)
-        : Statement(line, std::move(rhs)),
-          lhs_(lhs),
-          rhsType_(expression()->type()),
-          rhsNumber_(*expression()) {}
+    AssignStm(int line, DoubleValue* lhs, EvaluatablePtr rhs);
     void exe() override;
     [[nodiscard]] bool uses(const Value* v) const override { return v == lhs_ || Statement::uses(v); }
     [[nodiscard]] const Value* assignedValue() const override { return lhs_; }
@@ -44,6 +40,9 @@ protected:
     DoubleValue* lhs_;
     int rhsType_;  ///< the static type of the right side
     NumberSource rhsNumber_;
+
+private:
+    bool mayLeaveTarget_;
 };
 
 /// For a right side that does not read the target: it is computed straight

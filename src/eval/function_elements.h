@@ -237,14 +237,19 @@ private:
 
 class GeneralFuncElement final : public MultiInputOutput_Element {
 public:
-    GeneralFuncElement(std::vector<EvaluatablePtr> arguments, int type, GeneralBody body)
-        : MultiInputOutput_Element(std::move(arguments), type), body_(body) {}
+    /// Some bodies may leave their result as it was; an assignment then leaves
+    /// its target.
+    GeneralFuncElement(std::vector<EvaluatablePtr> arguments, int type, GeneralBody body,
+                       bool mayLeaveResult = false)
+        : MultiInputOutput_Element(std::move(arguments), type), body_(body), mayLeaveResult_(mayLeaveResult) {}
     void run(ExtraOutputs extraOutputs, Value& out) override;
     [[nodiscard]] ElementKind elementKind() const override { return ElementKind::generalFunction; }
     [[nodiscard]] GeneralBody body() const { return body_; }
+    [[nodiscard]] bool mayLeaveResult() const { return mayLeaveResult_; }
 
 private:
     GeneralBody body_;
+    bool mayLeaveResult_;
 };
 
 }  // namespace vorpen

@@ -9,6 +9,7 @@
 #include <functional>
 
 #include "base/errors.h"
+#include "eval/elements.h"
 #include "eval/expression.h"
 #include "eval/indexed_assignment.h"
 #include "eval/run_state.h"
