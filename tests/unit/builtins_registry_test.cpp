@@ -210,8 +210,7 @@ TEST(Registry, FunctionsThatAreNotAvailableYet) {
                   "fclose", "feof", "fopen", "fread", "fwrite", "readtext", "writetext", "load", "save", "qsave",
                   "qload", "dispfile",
                   // numerical methods
-                  "setLU", "solve", "inv", "det", "eigval", "eigvec", "eigvv", "fft", "ifft", "cdiag", "SGfilter",
-                  "smooth", "slf", "lsfit", "qinteg", "integ", "ode",
+                  "setLU", "solve", "inv", "det", "eigval", "eigvec", "eigvv", "fft", "ifft", "cdiag", "qinteg", "integ", "ode",
                   "odetest"}));
 }
 

@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "numerics/smoothing_filter.h"
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+
+#include "base/errors.h"
+#include "base/multiversion.h"
+#include "base/parallel.h"
+#include "numerics/lu.h"
+#include "values/buffer.h"
+
+namespace vorpen {
+namespace {
+
+/// Results that are summed together; they and as many samples stay in the
+/// first-level cache.
+constexpr std::int64_t blockLength = 512;
+
+void requireConsistent(bool condition) {
+    Require(condition, "inconsistent arguments for smoothing filter");
+}
+
+void check(const FilterShape& shape) {
+    requireConsistent(shape.left >= 0 && shape.right >= 0);
+    if (shape.reach() > (maxElements - 1) / 2) throw std::bad_alloc();
+    requireConsistent(shape.derivative >= 0 && shape.derivative <= shape.order);
+    requireConsistent(shape.order <= shape.left + shape.right);
+    const auto highest = static_cast<double>(2 * shape.order);
+    requireConsistent(std::isfinite(std::pow(static_cast<double>(shape.reach()), highest)));
+}
+
+/// The sums of k^power over the offsets, for powers from 0 to 2*order. Exact
+/// as long as they are below 2^53.
+std::vector<double> powerSums(const FilterShape& shape) {
+    std::vector<double> sums(static_cast<std::size_t>(2 * shape.order + 1), 0.0);
+    for (std::int64_t k = -shape.left; k <= shape.right; ++k) {
+        double power = 1;
+        for (double& sum : sums) {
+            sum += power;
+            power *= static_cast<double>(k);
+        }
+    }
+    return sums;
+}
+
+/// The places of the coefficients in an array; the rest is 0.
+template <class PlaceOf>
+std::vector<double> filterArray(const FilterShape& shape, PlaceOf placeOf) {
+    const std::vector<double> coefficients = savitzkyGolay(shape);
+    std::vector<double> places(static_cast<std::size_t>(2 * shape.reach() + 1), 0.0);
+    for (std::int64_t k = -shape.left; k <= shape.right; ++k)
+        places[static_cast<std::size_t>(placeOf(k))] = coefficients[static_cast<std::size_t>(k + shape.left)];
+    return places;
+}
+
+/// The results from `begin` to `end`, for which all samples are there.
+VORPEN_MULTIVERSION
+void convolveInside(std::span<const double> h, const double* v, double* out, std::int64_t begin,
+                    std::int64_t end) {
+    const auto length = static_cast<std::int64_t>(h.size());
+    const std::int64_t middle = (length - 1) / 2;
+    for (std::int64_t first = begin; first < end; first += blockLength) {
+        const std::int64_t count = std::min(blockLength, end - first);
+        double* const sums = out + first;
+        std::fill_n(sums, count, 0.0);
+        for (std::int64_t j = 0; j < length; ++j) {
+            const double factor = h[static_cast<std::size_t>(j)];
+            const double* const samples = v + first + middle - j;
+            for (std::int64_t i = 0; i < count; ++i) sums[i] += factor * samples[i];
+        }
+    }
+}
+
+/// One result, with the end samples in place of those beyond.
+double convolveAtEnd(std::span<const double> h, std::span<const double> v, std::int64_t i) {
+    const auto length = static_cast<std::int64_t>(h.size());
+    const auto last = static_cast<std::int64_t>(v.size()) - 1;
+    double sum = 0;
+    for (std::int64_t j = 0; j < length; ++j) {
+        const std::int64_t sample = std::clamp<std::int64_t>(i + (length - 1) / 2 - j, 0, last);
+        sum += h[static_cast<std::size_t>(j)] * v[static_cast<std::size_t>(sample)];
+    }
+    return sum;
+}
+
+/// The data with `reach` more samples on either side.
+std::vector<double> mirrored(std::span<const double> v, std::int64_t reach) {
+    const auto n = static_cast<std::int64_t>(v.size());
+    std::vector<double> extended(static_cast<std::size_t>(n + 2 * reach));
+    std::ranges::copy(v, extended.begin() + reach);
+    for (std::int64_t k = 1; k <= reach && n > 0; ++k) {
+        extended[static_cast<std::size_t>(reach - k)] = v[static_cast<std::size_t>(std::min(k, n - 1))];
+        extended[static_cast<std::size_t>(reach + n - 1 + k)] =
+            v[static_cast<std::size_t>(std::max<std::int64_t>(n - 1 - k, 0))];
+    }
+    return extended;
+}
+
+}  // namespace
+
+std::vector<double> savitzkyGolay(const FilterShape& shape) {
+    check(shape);
+    const auto terms = static_cast<std::size_t>(shape.order + 1);
+    const std::vector<double> sums = powerSums(shape);
+    std::vector<double> normal(terms * terms);
+    for (std::size_t i = 0; i < terms; ++i)
+        for (std::size_t j = 0; j < terms; ++j) normal[i + j * terms] = sums[i + j];
+    LuForm lu;
+    lu.factorise(normal, terms);
+    std::vector<double> solved(terms, 0.0);
+    solved[static_cast<std::size_t>(shape.derivative)] = 1;
+    lu.solve(solved);
+
+    std::vector<double> coefficients(static_cast<std::size_t>(shape.left + shape.right + 1), 0.0);
+    for (std::int64_t k = -shape.left; k <= shape.right; ++k) {
+        double power = 1;
+        for (const double factor : solved) {
+            coefficients[static_cast<std::size_t>(k + shape.left)] += factor * power;
+            power *= static_cast<double>(k);
+        }
+    }
+    return coefficients;
+}
+
+std::vector<double> wrappedFilter(const FilterShape& shape) {
+    return filterArray(shape, [&](std::int64_t k) {
+        const std::int64_t places = 2 * shape.reach() + 1;
+        return (places + shape.right - k) % places;
+    });
+}
+
+std::vector<double> centredFilter(const FilterShape& shape) {
+    return filterArray(shape, [&](std::int64_t k) { return shape.reach() - k; });
+}
+
+void convolve(std::span<const double> h, std::span<const double> v, std::span<double> out) {
+    Require(h.size() <= v.size(), "y1 must have fewer points than y2 in convolve");
+    if (h.empty()) {
+        std::ranges::fill(out, 0.0);
+        return;
+    }
+    const auto n = static_cast<std::int64_t>(v.size());
+    const auto length = static_cast<std::int64_t>(h.size());
+    const std::int64_t middle = (length - 1) / 2;
+    // Inside, the samples i+middle-(length-1) to i+middle are there.
+    const std::int64_t begin = length - 1 - middle;
+    const std::int64_t end = n - middle;
+    for (std::int64_t i = 0; i < begin; ++i) out[static_cast<std::size_t>(i)] = convolveAtEnd(h, v, i);
+    for (std::int64_t i = end; i < n; ++i) out[static_cast<std::size_t>(i)] = convolveAtEnd(h, v, i);
+    parallelFor(end - begin, blockLength, [&](std::int64_t from, std::int64_t to) {
+        convolveInside(h, v.data(), out.data(), begin + from, begin + to);
+    });
+}
+
+void smooth(const FilterShape& shape, std::span<const double> v, std::span<double> out) {
+    const std::vector<double> filter = centredFilter(shape);
+    const std::vector<double> extended = mirrored(v, shape.reach());
+    std::vector<double> smoothed(extended.size());
+    convolve(filter, extended, smoothed);
+    std::copy_n(smoothed.begin() + shape.reach(), v.size(), out.begin());
+}
+
+}  // namespace vorpen
