@@ -258,9 +258,9 @@ void curveFit(std::span<FuncArgument> arguments, ExtraOutputs extraOutputs, Valu
 
 void smoothingFilter(const Value& shape, DoubleValue& out) {
     DoubleValue scratch;
-    const std::vector<double> filter = wrappedFilter(filterShape(asDoubles(shape, scratch).items()));
-    shapeVector(out, static_cast<std::int64_t>(filter.size()), false);
-    std::ranges::copy(filter, out.data());
+    const FilterShape filter = filterShape(asDoubles(shape, scratch).items());
+    shapeVector(out, filterLength(filter), false);
+    wrappedFilter(filter, out.items());
 }
 
 void smoothed(const Value& v, const DoubleValue* shape, Value& result) {

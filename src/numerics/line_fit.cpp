@@ -150,7 +150,8 @@ double roundedToPower(double x, int power) {
     const double multiple = power < 0 ? x * scale : x / scale;
     const bool wholeAlready = !(std::fabs(multiple) < 1 / std::numeric_limits<double>::epsilon());
     if (wholeAlready) return x;
-    return power < 0 ? std::round(multiple) / scale : std::round(multiple) * scale;
+    const double rounded = std::round(multiple) + 0.0;  // what is rounded to 0 loses its sign
+    return power < 0 ? rounded / scale : rounded * scale;
 }
 
 }  // namespace

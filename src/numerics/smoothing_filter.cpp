@@ -22,15 +22,6 @@ void requireConsistent(bool condition) {
     Require(condition, "inconsistent arguments for smoothing filter");
 }
 
-void check(const FilterShape& shape) {
-    requireConsistent(shape.left >= 0 && shape.right >= 0);
-    if (shape.reach() > (maxElements - 1) / 2) throw std::bad_alloc();
-    requireConsistent(shape.derivative >= 0 && shape.derivative <= shape.order);
-    requireConsistent(shape.order <= shape.left + shape.right);
-    const auto highest = static_cast<double>(2 * shape.order);
-    requireConsistent(std::isfinite(std::pow(static_cast<double>(shape.reach()), highest)));
-}
-
 /// The sums of k^power over the offsets, for powers from 0 to 2*order. Exact
 /// as long as they are below 2^53.
 std::vector<double> powerSums(const FilterShape& shape) {
@@ -45,14 +36,19 @@ std::vector<double> powerSums(const FilterShape& shape) {
     return sums;
 }
 
-/// The places of the coefficients in an array; the rest is 0.
+/// Puts the coefficients into an array; the places without one become 0.
 template <class PlaceOf>
-std::vector<double> filterArray(const FilterShape& shape, PlaceOf placeOf) {
-    const std::vector<double> coefficients = savitzkyGolay(shape);
-    std::vector<double> places(static_cast<std::size_t>(2 * shape.reach() + 1), 0.0);
-    for (std::int64_t k = -shape.left; k <= shape.right; ++k)
-        places[static_cast<std::size_t>(placeOf(k))] = coefficients[static_cast<std::size_t>(k + shape.left)];
-    return places;
+void fillPlaces(const FilterShape& shape, std::span<double> places, PlaceOf placeOf) {
+    const std::vector<double> factors = savitzkyGolay(shape);
+    std::ranges::fill(places, 0.0);
+    for (std::int64_t k = -shape.left; k <= shape.right; ++k) {
+        double coefficient = 0, power = 1;
+        for (const double factor : factors) {
+            coefficient += factor * power;
+            power *= static_cast<double>(k);
+        }
+        places[static_cast<std::size_t>(placeOf(k))] = coefficient;
+    }
 }
 
 /// The results from `begin` to `end`, for which all samples are there.
@@ -100,8 +96,18 @@ std::vector<double> mirrored(std::span<const double> v, std::int64_t reach) {
 
 }  // namespace
 
+std::int64_t filterLength(const FilterShape& shape) {
+    requireConsistent(shape.left >= 0 && shape.right >= 0);
+    if (shape.reach() > (maxElements - 1) / 2) throw std::bad_alloc();
+    requireConsistent(shape.derivative >= 0 && shape.derivative <= shape.order);
+    requireConsistent(shape.order <= shape.left + shape.right);
+    const auto highest = static_cast<double>(2 * shape.order);
+    requireConsistent(std::isfinite(std::pow(static_cast<double>(shape.reach()), highest)));
+    return 2 * shape.reach() + 1;
+}
+
 std::vector<double> savitzkyGolay(const FilterShape& shape) {
-    check(shape);
+    (void)filterLength(shape);
     const auto terms = static_cast<std::size_t>(shape.order + 1);
     const std::vector<double> sums = powerSums(shape);
     std::vector<double> normal(terms * terms);
@@ -109,30 +115,19 @@ std::vector<double> savitzkyGolay(const FilterShape& shape) {
         for (std::size_t j = 0; j < terms; ++j) normal[i + j * terms] = sums[i + j];
     LuForm lu;
     lu.factorise(normal, terms);
-    std::vector<double> solved(terms, 0.0);
-    solved[static_cast<std::size_t>(shape.derivative)] = 1;
-    lu.solve(solved);
-
-    std::vector<double> coefficients(static_cast<std::size_t>(shape.left + shape.right + 1), 0.0);
-    for (std::int64_t k = -shape.left; k <= shape.right; ++k) {
-        double power = 1;
-        for (const double factor : solved) {
-            coefficients[static_cast<std::size_t>(k + shape.left)] += factor * power;
-            power *= static_cast<double>(k);
-        }
-    }
-    return coefficients;
+    std::vector<double> factors(terms, 0.0);
+    factors[static_cast<std::size_t>(shape.derivative)] = 1;
+    lu.solve(factors);
+    return factors;
 }
 
-std::vector<double> wrappedFilter(const FilterShape& shape) {
-    return filterArray(shape, [&](std::int64_t k) {
-        const std::int64_t places = 2 * shape.reach() + 1;
-        return (places + shape.right - k) % places;
-    });
+void wrappedFilter(const FilterShape& shape, std::span<double> places) {
+    const auto length = static_cast<std::int64_t>(places.size());
+    fillPlaces(shape, places, [&](std::int64_t k) { return (length + shape.right - k) % length; });
 }
 
-std::vector<double> centredFilter(const FilterShape& shape) {
-    return filterArray(shape, [&](std::int64_t k) { return shape.reach() - k; });
+void centredFilter(const FilterShape& shape, std::span<double> places) {
+    fillPlaces(shape, places, [&](std::int64_t k) { return shape.reach() - k; });
 }
 
 void convolve(std::span<const double> h, std::span<const double> v, std::span<double> out) {
@@ -155,7 +150,8 @@ void convolve(std::span<const double> h, std::span<const double> v, std::span<do
 }
 
 void smooth(const FilterShape& shape, std::span<const double> v, std::span<double> out) {
-    const std::vector<double> filter = centredFilter(shape);
+    std::vector<double> filter(static_cast<std::size_t>(filterLength(shape)));
+    centredFilter(shape, filter);
     const std::vector<double> extended = mirrored(v, shape.reach());
     std::vector<double> smoothed(extended.size());
     convolve(filter, extended, smoothed);

@@ -21,23 +21,28 @@ struct FilterShape {
     [[nodiscard]] std::int64_t reach() const { return left > right ? left : right; }
 };
 
-/// The coefficients for the samples from -left to right: those of the
-/// polynomial's coefficient of degree `derivative`, which is the derivative
-/// over its factorial.
+/// The places of a filter's array, 2*reach+1.
 /// @throws RuntimeError "inconsistent arguments for smoothing filter" for
 ///     negative numbers, an order of left+right+1 or more, a derivative above
 ///     the order, and orders whose powers are beyond the range of numbers
-/// @throws std::bad_alloc for more samples than an array can have
+/// @throws std::bad_alloc for more places than an array can have
+[[nodiscard]] std::int64_t filterLength(const FilterShape& shape);
+
+/// The coefficient for the sample at offset k, from -left to right, is the
+/// value at k of a polynomial; these are its factors by ascending powers. The
+/// filter answers the factor of degree `derivative` of the polynomial through
+/// the data, which is the derivative over its factorial.
+/// @throws as filterLength
 [[nodiscard]] std::vector<double> savitzkyGolay(const FilterShape& shape);
 
-/// A filter as an array of 2*reach+1 places: offset 0 in place `right`, offsets
-/// above it before, those below it behind, wrapped around the ends where one
-/// side is longer. The other places are 0.
-[[nodiscard]] std::vector<double> wrappedFilter(const FilterShape& shape);
+/// A filter as an array of filterLength places: offset 0 in place `right`,
+/// offsets above it before, those below it behind, wrapped around the ends
+/// where one side is longer. The other places are 0.
+void wrappedFilter(const FilterShape& shape, std::span<double> places);
 
 /// The same array as `convolve` takes it: offset 0 in the middle, positive
 /// offsets before it.
-[[nodiscard]] std::vector<double> centredFilter(const FilterShape& shape);
+void centredFilter(const FilterShape& shape, std::span<double> places);
 
 /// out[i] = sum over j of h[j] v[i+m-j], with m = (length of h - 1)/2 in whole
 /// numbers; the first and the last sample stand for those beyond the ends. v
@@ -50,7 +55,7 @@ void convolve(std::span<const double> h, std::span<const double> v, std::span<do
 /// Applies a filter. Beyond its ends the data come back in mirrored order,
 /// without the end sample itself, and where they are used up the last of them
 /// is repeated. v and out are of one length and may be the same.
-/// @throws RuntimeError as savitzkyGolay and convolve do
+/// @throws as filterLength and convolve do
 void smooth(const FilterShape& shape, std::span<const double> v, std::span<double> out);
 
 /// The filter for n samples when none is asked for: a parabola through a
