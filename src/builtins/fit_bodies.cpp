@@ -43,7 +43,8 @@ DoubleValue rowOf(double first, double second) {
 }
 
 std::string labelText(const std::string& name, double value, double error) {
-    return name + " = " + doubleText(value, 9) + " +/- " + doubleText(error, 9);
+    const ValueWithError rounded = roundedToError(value, error);
+    return name + " = " + doubleText(rounded.value, 9) + " +/- " + doubleText(rounded.error, 9);
 }
 
 /// The options behind the data of a fit.
@@ -67,8 +68,8 @@ std::span<const double> optionalDoubles(std::span<FuncArgument> arguments, std::
 
 // ---- straight lines
 
-void drawLine(const LineFit& fit, const ValueWithError& a, const ValueWithError& b, std::span<const double> x,
-              std::span<const double> y, std::optional<double> tickLimit) {
+void drawLine(const LineFit& fit, std::span<const double> x, std::span<const double> y,
+              std::optional<double> tickLimit) {
     const auto [least, greatest] = std::ranges::minmax(x);
     const double margin = (greatest - least) * 0.1;
     FitFigure figure;
@@ -81,7 +82,7 @@ void drawLine(const LineFit& fit, const ValueWithError& a, const ValueWithError&
     }
     figure.residuals = fit.residuals;
     figure.title = "Data and fitted line y = a + b x";
-    figure.labels = {labelText("a", a.value, a.error), labelText("b", b.value, b.error)};
+    figure.labels = {labelText("a", fit.a, fit.sigmaA), labelText("b", fit.b, fit.sigmaB)};
     figure.tickLimit = tickLimit;
     drawFit(figure);
 }
@@ -227,7 +228,7 @@ void straightLineFit(std::span<FuncArgument> arguments, ExtraOutputs extraOutput
     }
     const ValueWithError a = roundedToError(fit.a, fit.sigmaA);
     const ValueWithError b = roundedToError(fit.b, fit.sigmaB);
-    if (options.plot) drawLine(fit, a, b, x, y, options.number);
+    if (options.plot) drawLine(fit, x, y, options.number);
     storeExtra(extraOutputs, 0, rowOf(fit.a, fit.b));
     DoubleValue table;
     shapeResult(table, 3, 2);
