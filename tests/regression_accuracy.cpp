@@ -59,7 +59,8 @@ Numbers numbersIn(std::istream& text) {
     for (std::string word; text >> word;) {
         double value = 0;
         const auto [end, fault] = std::from_chars(word.data(), word.data() + word.size(), value);
-        if (fault != std::errc{} || end != word.data() + word.size()) throw std::runtime_error("no number: " + word);
+        if (fault != std::errc{} || end != word.data() + word.size())
+            throw std::runtime_error("no number: " + word);
         numbers.push_back(value);
     }
     return numbers;
@@ -195,7 +196,8 @@ Digits straightLine(const Problem& problem) {
     const double error = std::sqrt(fit.chi2 / problem.degreesOfFreedom());
     Digits digits;
     digits.parameters = digitsOf(Numbers{fit.a, fit.b}, problem.parameters, problem.certifiedDigits);
-    digits.errors = digitsOf(Numbers{fit.sigmaA * error, fit.sigmaB * error}, problem.errors, problem.certifiedDigits);
+    digits.errors =
+        digitsOf(Numbers{fit.sigmaA * error, fit.sigmaB * error}, problem.errors, problem.certifiedDigits);
     return digits;
 }
 
@@ -211,15 +213,16 @@ std::string cells(const Digits& digits) {
 
 bool falls(const Digits& reached, const Digits& asked, const std::string& what) {
     if (reached.parameters >= asked.parameters && reached.errors >= asked.errors) return false;
-    std::printf("FAILED %s: %.2f and %.2f digits, less than %.2f and %.2f\n", what.c_str(), reached.parameters,
-                reached.errors, asked.parameters, asked.errors);
+    std::printf("FAILED %s: %.2f and %.2f digits, less than %.2f and %.2f\n", what.c_str(),
+                reached.parameters, reached.errors, asked.parameters, asked.errors);
     return true;
 }
 
 int measure(const std::vector<Problem>& problems, bool check) {
     if (!check)
-        std::printf("| problem | start | parameters | errors | parameters, tight | errors, tight |\n"
-                    "|---|---|---|---|---|---|\n");
+        std::printf(
+            "| problem | start | parameters | errors | parameters, tight | errors, tight |\n"
+            "|---|---|---|---|---|---|\n");
     Session session;
     int failures = 0, fits = 0;
     for (const Problem& problem : problems) {
@@ -245,7 +248,8 @@ int measure(const std::vector<Problem>& problems, bool check) {
                             cells(tight).c_str());
         }
     }
-    if (check) std::printf("%d fits of %zu problems, %d below their digits\n", fits, problems.size(), failures);
+    if (check)
+        std::printf("%d fits of %zu problems, %d below their digits\n", fits, problems.size(), failures);
     return failures == 0 ? 0 : 1;
 }
 

@@ -61,7 +61,8 @@ FitOptions fitOptions(std::span<const double> options) {
 }
 
 /// Argument number i as doubles; none when it is left out.
-std::span<const double> optionalDoubles(std::span<FuncArgument> arguments, std::size_t i, DoubleValue& scratch) {
+std::span<const double> optionalDoubles(std::span<FuncArgument> arguments, std::size_t i,
+                                        DoubleValue& scratch) {
     if (i >= arguments.size()) return {};
     return asDoubles(argumentValue(arguments[i]), scratch).items();
 }
@@ -250,7 +251,8 @@ void curveFit(std::span<FuncArgument> arguments, ExtraOutputs extraOutputs, Valu
     storeExtra(extraOutputs, 0, vectorLike(data.parameters, fit.errors));
     storeExtra(extraOutputs, 1, rowOf(fit.chi2, fit.q));
     DoubleValue covariance;
-    shapeResult(covariance, static_cast<std::int64_t>(fit.errors.size()), static_cast<std::int64_t>(fit.errors.size()));
+    shapeResult(covariance, static_cast<std::int64_t>(fit.errors.size()),
+                static_cast<std::int64_t>(fit.errors.size()));
     std::ranges::copy(fit.covariance, covariance.data());
     storeExtra(extraOutputs, 2, covariance);
     std::ranges::copy(fit.parameters, data.parameters.data());

@@ -105,8 +105,8 @@ public:
             computeNormal(trial_);
             const double tolerance = std::max(tol, tol * trial_.chi2);
             if (std::fabs(trial_.chi2 - current_.chi2) < tolerance) ++smallChanges;
-            const bool nearer = trial_.chi2 < current_.chi2 ||
-                                (std::isnan(current_.chi2) && !std::isnan(trial_.chi2));
+            const bool nearer =
+                trial_.chi2 < current_.chi2 || (std::isnan(current_.chi2) && !std::isnan(trial_.chi2));
             if (nearer) std::swap(current_, trial_);
             lambda *= nearer ? 0.1 : 10;
             if (smallChanges >= smallChangesToStop) return true;

@@ -30,8 +30,8 @@ struct CurveData {
 struct CurveFit {
     std::vector<double> parameters;
     bool converged;
-    double chi2;  ///< the sum of squared residuals in units of sigma, or of 1
-    double q;     ///< the probability of a greater chi2; 1 without degrees of freedom
+    double chi2;                     ///< the sum of squared residuals in units of sigma, or of 1
+    double q;                        ///< the probability of a greater chi2; 1 without degrees of freedom
     int degreesOfFreedom;            ///< points less free parameters; may be below 0
     std::vector<double> covariance;  ///< of the free parameters, by column: the inverse normal matrix
     std::vector<double> errors;      ///< standard errors of the free parameters

@@ -18,9 +18,7 @@ namespace {
 /// first-level cache.
 constexpr std::int64_t blockLength = 512;
 
-void requireConsistent(bool condition) {
-    Require(condition, "inconsistent arguments for smoothing filter");
-}
+void requireConsistent(bool condition) { Require(condition, "inconsistent arguments for smoothing filter"); }
 
 /// The sums of k^power over the offsets, for powers from 0 to 2*order. Exact
 /// as long as they are below 2^53.

@@ -54,7 +54,8 @@ VORPEN_MULTIVERSION void divideLoop(double* out, Operand a, Operand b, std::int6
 /// Extending the Available Precision, 1971), as long as nothing overflows or
 /// underflows. Below a power of two the units are half as long, so there the
 /// square has to be exact.
-VORPEN_MULTIVERSION void squareWhereCertain(const double* x, double* squares, double* doubtful, std::int64_t n) {
+VORPEN_MULTIVERSION void squareWhereCertain(const double* x, double* squares, double* doubtful,
+                                            std::int64_t n) {
     constexpr double splitter = 134217729.0;  // 2^27 + 1
     constexpr double least = 1e-140, most = 1e140;
     constexpr double margin = 0.45 / 4503599627370496.0;  // of 2^52 units
@@ -66,7 +67,8 @@ VORPEN_MULTIVERSION void squareWhereCertain(const double* x, double* squares, do
         const double low = x[i] - high;
         const double lost = ((high * high - square) + 2 * high * low) + low * low;
         const auto bits = std::bit_cast<std::uint64_t>(square);
-        const double unit = (bits & fractionBits) == 0 ? 0 : std::bit_cast<double>(bits & exponentBits) * margin;
+        const double unit =
+            (bits & fractionBits) == 0 ? 0 : std::bit_cast<double>(bits & exponentBits) * margin;
         const double modulus = std::fabs(x[i]);
         const bool inRange = (modulus <= most) & ((modulus >= least) | (x[i] == 0));
         squares[i] = square;

@@ -134,7 +134,9 @@ TEST(Fits, AFailureOfTheFunctionLeavesTheVariables) {
 TEST(Fits, AFitMayRunInsideItsOwnFunction) {
     Session session;
     // Each level fits the slope that the level below has found, and doubles it.
-    session.run("again(p,x) := { if p[2]>0 { q=lsfit(again,[1,p[2]-1],[1,0],1:3,2:2:6); return p[1]*q[1]*x; } return p[1]*x; }");
+    session.run(
+        "again(p,x) := { if p[2]>0 { q=lsfit(again,[1,p[2]-1],[1,0],1:3,2:2:6); return p[1]*q[1]*x; } return "
+        "p[1]*x; }");
     EXPECT_EQ(session.run("p=lsfit(again,[1,2],[1,0],1:3,2:2:6);"), Lines{});
     EXPECT_EQ(session.function("again").depth(), 0);
     EXPECT_NEAR(session.number("p"), 2, 1e-6);

@@ -113,7 +113,8 @@ TEST(CurveFit, ARefusedStepGoesBackAndTriesAShorterOne) {
 
 TEST(CurveFit, AChiSquareThatIsNoNumberIsRefused) {
     // A step to where the model is undefined.
-    RecordedModel model({1, 2, 3, 4}, [](std::span<const double> p, double x) { return std::sqrt(p[0] - 1) * x; });
+    RecordedModel model({1, 2, 3, 4},
+                        [](std::span<const double> p, double x) { return std::sqrt(p[0] - 1) * x; });
     const Numbers y = {0.1, 0.2, 0.3, 0.4};
     const CurveFit fit = fitCurve(model, {y}, Numbers{5}, std::vector<char>{1});
     bool undefined = false;

@@ -27,7 +27,8 @@ TEST(LineFit, WithOneErrorAndWithThatErrorForEachPointIsTheSame) {
     EXPECT_DOUBLE_EQ(one.sigmaA, 0.5 * std::sqrt(14.0 / 20));
     EXPECT_NEAR(one.chi2, 7.2, 1e-12);
     EXPECT_NEAR(one.q, std::exp(-3.6), 1e-12);  // Q(1, x) = exp(-x)
-    for (const auto member : {&LineFit::a, &LineFit::b, &LineFit::sigmaA, &LineFit::sigmaB, &LineFit::chi2, &LineFit::q})
+    for (const auto member :
+         {&LineFit::a, &LineFit::b, &LineFit::sigmaA, &LineFit::sigmaB, &LineFit::chi2, &LineFit::q})
         EXPECT_NEAR(one.*member, each.*member, 1e-12);
     ASSERT_EQ(one.residuals.size(), 4u);
     EXPECT_NEAR(one.residuals[3], 8 - 0.7 - 6.6, 1e-12);

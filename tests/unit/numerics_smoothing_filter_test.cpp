@@ -102,16 +102,19 @@ TEST(SavitzkyGolay, GivesThePublishedTables) {
     for (const PublishedFilter& published : publishedFilters) {
         const int side = published.points / 2;
         // An odd order adds nothing to an even derivative, and the other way round.
-        const int extraOrder = published.order < 2 * side && published.order % 2 == published.derivative % 2 ? 1 : 0;
+        const int extraOrder =
+            published.order < 2 * side && published.order % 2 == published.derivative % 2 ? 1 : 0;
         for (const int order : {published.order, published.order + extraOrder}) {
             const Numbers filter = centred({side, side, order, published.derivative});
             const double factorial = std::tgamma(published.derivative + 1);
             for (int k = 0; k <= side; ++k) {
-                const double expected = published.half[static_cast<std::size_t>(k)] / published.norm / factorial;
+                const double expected =
+                    published.half[static_cast<std::size_t>(k)] / published.norm / factorial;
                 // The filter lies from the last sample to the first.
                 const double sign = published.derivative % 2 ? -1 : 1;
                 EXPECT_NEAR(filter[static_cast<std::size_t>(2 * side - k)], expected, 1e-13)
-                    << published.points << " points, order " << order << ", derivative " << published.derivative;
+                    << published.points << " points, order " << order << ", derivative "
+                    << published.derivative;
                 EXPECT_NEAR(filter[static_cast<std::size_t>(k)], sign * expected, 1e-13);
             }
         }
@@ -135,9 +138,9 @@ TEST(SavitzkyGolay, OneSidedFiltersExtrapolateToTheirEnd) {
 }
 
 TEST(SavitzkyGolay, RefusesWhatCannotBe) {
-    const FilterShape impossible[] = {{-1, 2, 1, 0}, {2, -1, 1, 0}, {2, 2, 5, 0}, {2, 2, -1, 0}, {2, 2, 2, -1},
-                                      {1, 2, 3, 4}, {0, 0, 1, 0}, {200, 200, 400, 0},
-                                      {0, 0, std::int64_t{1} << 62, 0}};
+    const FilterShape impossible[] = {{-1, 2, 1, 0}, {2, -1, 1, 0},      {2, 2, 5, 0},
+                                      {2, 2, -1, 0}, {2, 2, 2, -1},      {1, 2, 3, 4},
+                                      {0, 0, 1, 0},  {200, 200, 400, 0}, {0, 0, std::int64_t{1} << 62, 0}};
     for (const FilterShape& shape : impossible) {
         try {
             (void)filterLength(shape);
@@ -190,9 +193,9 @@ TEST(Smooth, MirrorsTheDataAboutTheEndSamples) {
     // 4 2 | 1 2 4 8 16 | 8 4
     expectNear(smoothed({2, 2, 0}, {1, 2, 4, 8, 16}), {13.0 / 5, 17.0 / 5, 31.0 / 5, 38.0 / 5, 40.0 / 5});
     // Used up after two: 4 4 4 2 | 1 2 4 | 2 1 1 1
-    expectNear(smoothed({4, 4, 0}, {1, 2, 4}), {(4 + 4 + 4 + 2 + 1 + 2 + 4 + 2 + 1) / 9.0,
-                                                (4 + 4 + 2 + 1 + 2 + 4 + 2 + 1 + 1) / 9.0,
-                                                (4 + 2 + 1 + 2 + 4 + 2 + 1 + 1 + 1) / 9.0});
+    expectNear(smoothed({4, 4, 0}, {1, 2, 4}),
+               {(4 + 4 + 4 + 2 + 1 + 2 + 4 + 2 + 1) / 9.0, (4 + 4 + 2 + 1 + 2 + 4 + 2 + 1 + 1) / 9.0,
+                (4 + 2 + 1 + 2 + 4 + 2 + 1 + 1 + 1) / 9.0});
     expectNear(smoothed({3, 3, 2}, {7}), {7});
 }
 
