@@ -49,20 +49,30 @@ void fillPlaces(const FilterShape& shape, std::span<double> places, PlaceOf plac
     }
 }
 
-/// The results from `begin` to `end`, for which all samples are there.
+/// n results from the one at the first of these samples on. All samples that
+/// they ask for are there, also those before.
 VORPEN_MULTIVERSION
-void convolveInside(std::span<const double> h, const double* v, double* out, std::int64_t begin,
-                    std::int64_t end) {
+void convolveInside(std::span<const double> h, const double* v, double* out, std::int64_t n) {
     const auto length = static_cast<std::int64_t>(h.size());
-    const std::int64_t middle = (length - 1) / 2;
-    for (std::int64_t first = begin; first < end; first += blockLength) {
-        const std::int64_t count = std::min(blockLength, end - first);
+    for (std::int64_t first = 0; first < n; first += blockLength) {
+        const std::int64_t count = std::min(blockLength, n - first);
         double* const sums = out + first;
         std::fill_n(sums, count, 0.0);
-        for (std::int64_t j = 0; j < length; ++j) {
+        const double* const samples = v + first + (length - 1) / 2;
+        std::int64_t j = 0;
+        // Four coefficients at a time: each sum is read and written once for them.
+        for (; j + 4 <= length; j += 4) {
+            const double* const factors = h.data() + j;
+            const double f0 = factors[0], f1 = factors[1], f2 = factors[2], f3 = factors[3];
+            const double* const x = samples - j;
+#pragma GCC ivdep
+            for (std::int64_t i = 0; i < count; ++i)
+                sums[i] = (((sums[i] + f0 * x[i]) + f1 * x[i - 1]) + f2 * x[i - 2]) + f3 * x[i - 3];
+        }
+        for (; j < length; ++j) {
             const double factor = h[static_cast<std::size_t>(j)];
-            const double* const samples = v + first + middle - j;
-            for (std::int64_t i = 0; i < count; ++i) sums[i] += factor * samples[i];
+#pragma GCC ivdep
+            for (std::int64_t i = 0; i < count; ++i) sums[i] += factor * samples[i - j];
         }
     }
 }
@@ -128,32 +138,31 @@ void centredFilter(const FilterShape& shape, std::span<double> places) {
     fillPlaces(shape, places, [&](std::int64_t k) { return shape.reach() - k; });
 }
 
-void convolve(std::span<const double> h, std::span<const double> v, std::span<double> out) {
+void convolve(std::span<const double> h, std::span<const double> v, std::span<double> out,
+              std::int64_t first) {
     Require(h.size() <= v.size(), "y1 must have fewer points than y2 in convolve");
     if (h.empty()) {
         std::ranges::fill(out, 0.0);
         return;
     }
-    const auto n = static_cast<std::int64_t>(v.size());
     const auto length = static_cast<std::int64_t>(h.size());
     const std::int64_t middle = (length - 1) / 2;
+    const std::int64_t last = first + static_cast<std::int64_t>(out.size());
     // Inside, the samples i+middle-(length-1) to i+middle are there.
-    const std::int64_t begin = length - 1 - middle;
-    const std::int64_t end = n - middle;
-    for (std::int64_t i = 0; i < begin; ++i) out[static_cast<std::size_t>(i)] = convolveAtEnd(h, v, i);
-    for (std::int64_t i = end; i < n; ++i) out[static_cast<std::size_t>(i)] = convolveAtEnd(h, v, i);
+    const std::int64_t begin = std::clamp(length - 1 - middle, first, last);
+    const std::int64_t end = std::clamp(static_cast<std::int64_t>(v.size()) - middle, begin, last);
+    const auto resultAt = [&](std::int64_t i) { return out.data() + (i - first); };
+    for (std::int64_t i = first; i < begin; ++i) *resultAt(i) = convolveAtEnd(h, v, i);
+    for (std::int64_t i = end; i < last; ++i) *resultAt(i) = convolveAtEnd(h, v, i);
     parallelFor(end - begin, blockLength, [&](std::int64_t from, std::int64_t to) {
-        convolveInside(h, v.data(), out.data(), begin + from, begin + to);
+        convolveInside(h, v.data() + begin + from, resultAt(begin + from), to - from);
     });
 }
 
 void smooth(const FilterShape& shape, std::span<const double> v, std::span<double> out) {
     std::vector<double> filter(static_cast<std::size_t>(filterLength(shape)));
     centredFilter(shape, filter);
-    const std::vector<double> extended = mirrored(v, shape.reach());
-    std::vector<double> smoothed(extended.size());
-    convolve(filter, extended, smoothed);
-    std::copy_n(smoothed.begin() + shape.reach(), v.size(), out.begin());
+    convolve(filter, mirrored(v, shape.reach()), out, shape.reach());
 }
 
 }  // namespace vorpen

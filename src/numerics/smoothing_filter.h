@@ -44,13 +44,14 @@ void wrappedFilter(const FilterShape& shape, std::span<double> places);
 /// offsets before it.
 void centredFilter(const FilterShape& shape, std::span<double> places);
 
-/// out[i] = sum over j of h[j] v[i+m-j], with m = (length of h - 1)/2 in whole
-/// numbers; the first and the last sample stand for those beyond the ends. v
-/// and out are of one length and do not overlap. Each sum is taken in the
-/// order of h.
+/// The results from position `first` of v on, as many as out has places: the
+/// one at i is the sum over j of h[j] v[i+m-j], with m = (length of h - 1)/2 in
+/// whole numbers; the first and the last sample stand for those beyond the
+/// ends. v and out do not overlap. Each sum is taken in the order of h.
 /// @throws RuntimeError "y1 must have fewer points than y2 in convolve" when h
 ///     is longer than v
-void convolve(std::span<const double> h, std::span<const double> v, std::span<double> out);
+void convolve(std::span<const double> h, std::span<const double> v, std::span<double> out,
+              std::int64_t first = 0);
 
 /// Applies a filter. Beyond its ends the data come back in mirrored order,
 /// without the end sample itself, and where they are used up the last of them

@@ -165,6 +165,18 @@ TEST(Convolve, IsASumOverShiftedSamples) {
     EXPECT_EQ(convolved({}, {1, 2}), (Numbers{0, 0}));
 }
 
+TEST(Convolve, GivesAnyRangeOfItsResults) {
+    const Numbers h = {1, 2, 3, 4, 5, 6}, v = {3, 1, 4, 1, 5, 9, 2, 6, 5};
+    const Numbers all = convolved(h, v);
+    for (std::size_t first = 0; first <= v.size(); ++first)
+        for (std::size_t last = first; last <= v.size(); ++last) {
+            Numbers part(last - first);
+            convolve(h, v, part, static_cast<std::int64_t>(first));
+            EXPECT_TRUE(
+                std::equal(part.begin(), part.end(), all.begin() + static_cast<std::ptrdiff_t>(first)));
+        }
+}
+
 TEST(Convolve, RefusesAFilterLongerThanTheData) {
     try {
         convolved({1, 2, 3}, {1, 2});
