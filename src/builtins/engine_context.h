@@ -15,12 +15,17 @@
 
 namespace vorpen {
 
+struct FitFigure;
+
 struct EngineContext {
     Host* host = nullptr;
     Dir* paths = nullptr;
 
     /// Compiles a text as an expression and stores its value.
     std::function<void(const std::string& text, DoubleValue& out)> evaluateText;
+
+    /// Draws a fit; missing where there are no figures.
+    std::function<void(const FitFigure& figure)> drawFit;
 
     /// Where `toc` counts from, in seconds of the host's clock.
     double ticBase = 0;

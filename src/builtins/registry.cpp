@@ -11,6 +11,7 @@
 #include "builtins/clock_bodies.h"
 #include "builtins/constants.h"
 #include "builtins/exact_bodies.h"
+#include "builtins/fit_bodies.h"
 #include "builtins/function_bodies.h"
 #include "builtins/language_bodies.h"
 #include "builtins/model_bodies.h"
@@ -234,7 +235,7 @@ constexpr Row<BuiltinBody> vectorToDoubleTable[] = {
     absentOf<"det", VectorToDoubleBody>,
     absentOf<"eigval", ChangingToDoubleBody>,
     absentOf<"eigvec", ChangingToDoubleBody>,
-    absentOf<"SGfilter", VectorToDoubleBody>,
+    {"SGfilter", builtin::smoothingFilter},
     {"qpop", builtin::popFirst},
     {"zipkey", builtin::packKey},
     {"eval", builtin::evaluate},
@@ -299,7 +300,7 @@ constexpr Row<BuiltinBody> twoArgTable[] = {
     {"str2num", builtin::toNumber},
     {"before", builtin::before},
     {"error", builtin::fail},
-    absentOf<"smooth", TwoArgBody>,
+    {"smooth", builtin::smoothed},
     absentOf<"circle", TwoArgBody>,
     absentOf<"getpixel", TwoArgBody>,
     absentOf<"loadBitmap", TwoArgBody>,
@@ -348,7 +349,7 @@ constexpr GeneralRow generalTable[] = {
     absentGeneral<"axis">(1, 4, EMPTY_ARGUMENT),
     absentGeneral<"load">(1, 2),
     absentGeneral<"qload">(1, 1),
-    absentGeneral<"slf">(2, 4),
+    {"slf", builtin::straightLineFit, 2, 4},
     absentGeneral<"debugtest">(0, noLimit),
     absentGeneral<"property">(2, 3, WORD_FORM),
     {"$multiassign", builtin::assignEach, 1, noLimit},
@@ -358,7 +359,7 @@ constexpr GeneralRow generalTable[] = {
     {"fmin", builtin::fmin, 2, 3},
     {"sum", builtin::sum, 1, 3},
     {"table", builtin::table, 2, 3},
-    absentGeneral<"lsfit">(4, 7),
+    {"lsfit", builtin::curveFit, 4, 7},
     absentGeneral<"qinteg">(2, 4),
     absentGeneral<"integ">(0, noLimit),
     absentGeneral<"eigvv">(1, 1),

@@ -210,9 +210,8 @@ TEST(Registry, FunctionsThatAreNotAvailableYet) {
                   "fclose", "feof", "fopen", "fread", "fwrite", "readtext", "writetext", "load", "save", "qsave",
                   "qload", "dispfile",
                   // numerical methods
-                  "setLU", "solve", "inv", "det", "eigval", "eigvec", "eigvv", "fft", "ifft", "cdiag", "SGfilter",
-                  "smooth", "slf", "lsfit", "qinteg", "integ", "ode",
-                  "odetest"}));
+                  "setLU", "solve", "inv", "det", "eigval", "eigvec", "eigvv", "fft", "ifft", "cdiag", "qinteg",
+                  "integ", "ode", "odetest"}));
 }
 
 TEST(Registry, AFunctionThatIsNotAvailableSaysSo) {

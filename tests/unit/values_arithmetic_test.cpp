@@ -2,6 +2,9 @@
 // Arithmetic of numeric arrays, one rule a test.
 #include <gtest/gtest.h>
 
+#include <bit>
+#include <cmath>
+#include <random>
 #include <vector>
 
 #include "base/errors.h"
@@ -71,6 +74,26 @@ TEST(ElementWise, AValueMeetsItself) {
     DoubleValue x = doubles({1, 2, 3}, 1);
     x.operate(OP_TIMES, x);
     EXPECT_EQ(listOf(x), (List{1, 4, 9}));
+}
+
+TEST(ElementWise, SquaresHaveTheBitsOfThePowerFunction) {
+    std::mt19937_64 bits(7);
+    const double limits[] = {0.0, -0.0, 1e-140, 1e140, 1e-170, 1e170, 5e-324, 1.7e308, INFINITY, -INFINITY, NAN};
+    std::vector<double> items(std::begin(limits), std::end(limits));
+    for (int i = 0; i < 100000; ++i) {
+        items.push_back(std::bit_cast<double>(bits()));                      // any number
+        items.push_back(std::ldexp(static_cast<double>(bits() >> 11), -50));  // 0 to 8
+        // The square is next to a power of two.
+        items.push_back(std::sqrt(1 + std::ldexp(static_cast<double>(static_cast<std::int64_t>(bits()) >> 44), -50)));
+    }
+    DoubleValue x = doubles(items, 1);
+    x.operate(OP_POWER, DoubleValue(2.0));
+    volatile double two = 2;  // or the compiler makes a product of the power
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        const double expected = std::pow(items[i], two), found = x[static_cast<int>(i)];
+        if (std::isnan(expected) && std::isnan(found)) continue;
+        ASSERT_EQ(std::bit_cast<std::uint64_t>(found), std::bit_cast<std::uint64_t>(expected)) << items[i];
+    }
 }
 
 TEST(Integers, WrapAround) {
