@@ -11,6 +11,7 @@
 #include "base/errors.h"
 #include "eval/assignment.h"
 #include "eval/control_flow.h"
+#include "eval/elements.h"
 #include "eval/run_state.h"
 #include "unit/statement_session.h"
 
