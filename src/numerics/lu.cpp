@@ -185,12 +185,11 @@ void LuForm::solve(std::span<double> b) const {
                 lu_.data(), rows, b.data(), rows);
 }
 
-std::vector<double> LuForm::inverse() const {
+void LuForm::inverse(std::span<double> matrix) const {
     const std::size_t n = order();
-    std::vector<double> result(n * n, 0.0);
-    for (std::size_t i = 0; i < n; ++i) result[i + i * n] = 1;
-    solve(result);
-    return result;
+    std::ranges::fill(matrix, 0.0);
+    for (std::size_t i = 0; i < n; ++i) matrix[i + i * n] = 1;
+    solve(matrix);
 }
 
 LuForm& storedLuForm() {

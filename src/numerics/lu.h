@@ -47,8 +47,8 @@ public:
     /// place.
     void solve(std::span<double> b) const;
 
-    /// The inverse, order() by order().
-    std::vector<double> inverse() const;
+    /// The inverse, order() by order(), into a matrix of that size.
+    void inverse(std::span<double> matrix) const;
 
 private:
     void backSubstitute(double* x) const;

@@ -15,8 +15,9 @@
 namespace vorpen {
 
 /// The n eigenvalues of an n by n matrix with n = `rows`, in the order in which
-/// the method finds them. A matrix that is not square raises a RuntimeError
-/// "non-square matrix" in the context "eigval".
+/// the method finds them. Raises a RuntimeError in the context "eigval": "non-
+/// square matrix", or "matrix has elements that are not finite" when a NaN or
+/// an infinity is among those that count.
 std::vector<double> symmetricEigenvalues(std::span<double> matrix, std::size_t rows);
 
 struct EigenSystem {
