@@ -20,24 +20,33 @@ constexpr double firstStep = 1e-06;
 constexpr double absoluteTolerance = 1e-06;
 constexpr double relativeTolerance = 0.0;
 
-/// Calls in a row at one t after which a run is given up: where t is so large
-/// that a step is lost in rounding, GSL would step on the spot for ever. While
-/// the step grows from its start to the last digit of any t, some 6000 calls
-/// are made.
-constexpr int callsWithoutProgress = 100000;
+/// A run is given up when so many calls have brought it so little nearer to its
+/// point that it would take a million million calls, the better part of a day:
+/// where the solution jumps all the time, or where t is so large that a step is
+/// lost in rounding.
+constexpr int callsOfWindow = 10000000;
+constexpr double mostWindows = 1e5;
 
 /// What GSL's calls of the system get at.
 struct SystemCalls {
     const OdeSystem& system;
     std::size_t dimension;
     GuardedCalls calls;
-    double lastT = 0;
-    int callsAtLastT = 0;
+    double target = 0;       ///< the point that is stepped to
+    double windowStart = 0;  ///< where t was at the first of the calls that are counted
+    int callsInWindow = 0;
 
-    [[nodiscard]] bool isStuckAt(double t) {
-        callsAtLastT = t == lastT ? callsAtLastT + 1 : 0;
-        lastT = t;
-        return callsAtLastT > callsWithoutProgress;
+    void aimAt(double t, double next) {
+        windowStart = t;
+        target = next;
+        callsInWindow = 0;
+    }
+
+    [[nodiscard]] bool isOutOfReachFrom(double t) {
+        if (++callsInWindow < callsOfWindow) return false;
+        const bool result = std::fabs(target - t) > mostWindows * std::fabs(t - windowStart);
+        aimAt(t, target);
+        return result;
     }
 
     /// GSL ends at once on this status, where it would try a smaller step on
@@ -46,7 +55,7 @@ struct SystemCalls {
 
     static int odeDerivs(double t, const double* y, double* dydt, void* self) {
         auto& its = *static_cast<SystemCalls*>(self);
-        if (its.isStuckAt(t)) return stop;
+        if (its.isOutOfReachFrom(t)) [[unlikely]] return stop;
         const bool done =
             its.calls.make([&] { its.system.derivatives({y, its.dimension}, {dydt, its.dimension}); });
         return done ? int{GSL_SUCCESS} : stop;
@@ -59,13 +68,6 @@ struct SystemCalls {
         return done ? int{GSL_SUCCESS} : stop;
     }
 };
-
-/// True when the state at `next` has been reached.
-bool advance(gsl_odeiv2_driver* driver, double& t, double next, std::vector<double>& y) {
-    // From or to infinity GSL would step for ever.
-    return std::isfinite(t) && std::isfinite(next) &&
-           gsl_odeiv2_driver_apply(driver, &t, next, y.data()) == GSL_SUCCESS;
-}
 
 }  // namespace
 
@@ -80,7 +82,10 @@ void solveInitialValueProblem(const OdeSystem& system, std::span<const double> x
     double t = x[0];
     bool failed = false;
     for (std::size_t i = 1; i < x.size() && !failed; ++i) {
-        failed = !advance(driver.get(), t, x[i], y);
+        its.aimAt(t, x[i]);
+        // From or to infinity GSL would step for ever.
+        const bool isFinite = std::isfinite(t) && std::isfinite(x[i]);
+        failed = !isFinite || gsl_odeiv2_driver_apply(driver.get(), &t, x[i], y.data()) != GSL_SUCCESS;
         if (!failed) std::ranges::copy(y, states.begin() + static_cast<std::ptrdiff_t>(i * n));
     }
     its.calls.rethrow();
