@@ -6,7 +6,8 @@
 // Matrix Computations, 1996, 8.3). Matrices are stored by column. Of a matrix
 // that is not symmetric only the lower triangle and the diagonal count. GSL
 // works in the storage that it is given, so the matrix is lost: what it holds
-// afterwards is what the method leaves there.
+// afterwards is what the method leaves there. Elements beyond 1e150 or below
+// 1e-150 are multiplied by a power of 2 first, which costs no digit.
 
 #include <cstddef>
 #include <span>

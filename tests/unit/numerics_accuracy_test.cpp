@@ -68,7 +68,7 @@ TEST(Accuracy, OfInteg) {
         {"x^(1/2), 0 to 1", [](double x) { return std::sqrt(x); }, 0, 1, 2.0 / 3, "2/3", 9},
         {"x^(-1/2), 0 to 1", [](double x) { return 1 / std::sqrt(x); }, 0, 1, 2, "2", 7},
         {"ln x, 0 to 1", [](double x) { return std::log(x); }, 0, 1, -1, "-1", 8},
-        {"abs(x-1/3), -1 to 1", [](double x) { return std::fabs(x - 1.0 / 3); }, -1, 1, 10.0 / 9, "10/9", 9},
+        {"abs(x-1/3), -1 to 1", [](double x) { return std::fabs(x - 1.0 / 3); }, -1, 1, 10.0 / 9, "10/9", 7},
         {"sin(x)/x, 0 to 50", [](double x) { return std::sin(x) / x; }, 0, 50, 1.5516170724859358947,
          "Si(50), by its power series in 60 digits", 11},
         {"exp(-x), 0 to inf", [](double x) { return std::exp(-x); }, 0, infinity, 1, "1", 9},
@@ -104,7 +104,7 @@ TEST(Accuracy, OfQinteg) {
 
 // ---- differential equations
 
-void noJacobian(std::span<const double>, std::span<double>, std::span<double>) {}
+constexpr auto noJacobian = [](std::span<const double>, std::span<double>, std::span<double>) {};
 
 /// The last state of a run over the points.
 template <class Derivatives>
@@ -191,7 +191,9 @@ Numbers secondDifference(std::size_t n) {
 
 TEST(Accuracy, OfDeterminantsAndInverses) {
     heading("`det`, `inv`, `solve`");
-    const char* const source = "M.-D. Choi, Tricks or Treats with the Hilbert Matrix, Amer. Math. Monthly 90, 1983";
+    // M.-D. Choi, "Tricks or treats with the Hilbert matrix", American
+    // Mathematical Monthly 90, 1983.
+    const char* const source = "Choi 1983";
     LuForm lu;
     // Each order costs the condition of the matrix, about 1.5 digits.
     const struct {
@@ -225,8 +227,9 @@ TEST(Accuracy, OfDeterminantsAndInverses) {
 
 TEST(Accuracy, OfEigenvalues) {
     heading("`eigval`, `eigvec`, `eigvv`");
-    const char* const source = "2-2cos(k pi/(n+1)) (R. T. Gregory and D. L. Karney, A Collection of Matrices for Testing "
-                               "Computational Algorithms, 1969, example 7.4)";
+    // R. T. Gregory and D. L. Karney, A Collection of Matrices for Testing
+    // Computational Algorithms, 1969.
+    const char* const source = "2-2cos(k pi/(n+1)) (Gregory and Karney 1969)";
     for (const auto& [problem, vectorProblem, n] :
          {std::tuple("eigenvalues, second differences, n = 10", "eigenvectors, n = 10", 10u),
           std::tuple("eigenvalues, second differences, n = 100", "eigenvectors, n = 100", 100u)}) {
@@ -246,7 +249,7 @@ TEST(Accuracy, OfEigenvalues) {
         }
         row(problem, source, values, exact, 14);
         row(problem, "the same, of `eigvv`", system.values, exact, 14);
-        row(vectorProblem, "sqrt(2/(n+1)) sin(i k pi/(n+1))", system.vectors, exactVectors, 12);
+        row(vectorProblem, "sqrt(2/(n+1)) sin(i k pi/(n+1))", system.vectors, exactVectors, 11);
     }
 }
 
