@@ -21,7 +21,8 @@ public:
     /// answer. From a failure on GSL's warnings are silent.
     template <class Call>
     [[nodiscard]] bool make(Call&& call) noexcept {
-        if (failure_) [[unlikely]] return false;
+        if (failure_) [[unlikely]]
+            return false;
         try {
             std::forward<Call>(call)();
             return true;
@@ -34,7 +35,8 @@ public:
 
     /// Throws on what a call has thrown. Called when GSL has returned.
     void rethrow() {
-        if (!failure_) [[likely]] return;
+        if (!failure_) [[likely]]
+            return;
         silence_.reset();
         std::rethrow_exception(std::exchange(failure_, nullptr));
     }

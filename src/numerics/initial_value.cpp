@@ -55,9 +55,11 @@ struct SystemCalls {
 
     static int odeDerivs(double t, const double* y, double* dydt, void* self) {
         auto& its = *static_cast<SystemCalls*>(self);
-        if (its.isOutOfReachFrom(t)) [[unlikely]] return stop;
-        const bool done =
-            its.calls.make([&] { its.system.derivatives({y, its.dimension}, {dydt, its.dimension}); });
+        if (its.isOutOfReachFrom(t)) [[unlikely]]
+            return stop;
+        const bool done = its.calls.make([&] {
+            its.system.derivatives({y, its.dimension}, {dydt, its.dimension});
+        });
         return done ? int{GSL_SUCCESS} : stop;
     }
 

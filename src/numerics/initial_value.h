@@ -20,7 +20,8 @@ struct OdeSystem {
     /// The derivatives of the equations (rows) by the elements of the state
     /// (columns), row after row, and those by t. The method above does without
     /// them; GSL is told them as part of the system.
-    FunctionRef<void(std::span<const double> state, std::span<double> byState, std::span<double> byT)> jacobian;
+    FunctionRef<void(std::span<const double> state, std::span<double> byState, std::span<double> byT)>
+        jacobian;
 };
 
 /// The states at the points x, which go up. `states` holds them one after the

@@ -7,10 +7,10 @@
 #include <cmath>
 #include <utility>
 
+#include "base/blas_loader.h"
 #include "base/errors.h"
 #include "base/multiversion.h"
 #include "base/output.h"
-#include "base/blas_loader.h"
 
 namespace vorpen {
 namespace {
@@ -129,10 +129,10 @@ void updateColumns(Factorisation& f, std::size_t first, std::size_t middle, std:
     const int below = static_cast<int>(f.n - middle);
     const double* const triangle = f.column(first) + first;
     double* const top = f.column(middle) + first;
-    cblas_dtrsm(CblasColMajor, CblasLeft, CblasLower, CblasNoTrans, CblasUnit, done, columns, 1.0, triangle, n,
-                top, n);
-    cblas_dgemm(CblasColMajor, CblasNoTrans, CblasNoTrans, below, columns, done, -1.0, f.column(first) + middle,
-                n, top, n, 1.0, f.column(middle) + middle, n);
+    cblas_dtrsm(CblasColMajor, CblasLeft, CblasLower, CblasNoTrans, CblasUnit, done, columns, 1.0, triangle,
+                n, top, n);
+    cblas_dgemm(CblasColMajor, CblasNoTrans, CblasNoTrans, below, columns, done, -1.0,
+                f.column(first) + middle, n, top, n, 1.0, f.column(middle) + middle, n);
 }
 
 /// Factorises the columns from `first` to `last` by halves, so that most of the
@@ -227,11 +227,11 @@ void LuForm::invertByBlas(double* x) const {
     for (std::size_t j = 0; j < n; j += triangleWidth) {
         const std::size_t corner = j + j * n;
         const int width = static_cast<int>(std::min(triangleWidth, n - j));
-        cblas_dtrsm(CblasColMajor, CblasLeft, CblasLower, CblasNoTrans, CblasUnit, static_cast<int>(n - j), width,
-                    1.0, lu_.data() + corner, rows, x + corner, rows);
+        cblas_dtrsm(CblasColMajor, CblasLeft, CblasLower, CblasNoTrans, CblasUnit, static_cast<int>(n - j),
+                    width, 1.0, lu_.data() + corner, rows, x + corner, rows);
     }
-    cblas_dtrsm(CblasColMajor, CblasLeft, CblasUpper, CblasNoTrans, CblasNonUnit, rows, rows, 1.0, lu_.data(), rows,
-                x, rows);
+    cblas_dtrsm(CblasColMajor, CblasLeft, CblasUpper, CblasNoTrans, CblasNonUnit, rows, rows, 1.0, lu_.data(),
+                rows, x, rows);
     for (std::size_t k = n; k-- > 0;) {
         const auto p = static_cast<std::size_t>(permutation_[k]);
         if (p != k) std::swap_ranges(x + k * n, x + (k + 1) * n, x + p * n);

@@ -37,9 +37,10 @@ struct Integrand {
 double overFiniteInterval(const gsl_function& f, double a, double b, double tolerance) {
     double result = std::numeric_limits<double>::quiet_NaN(), error = 0;
     std::size_t evaluations = 0;
-    const auto workspace =
-        ownedByGuard<gsl_integration_cquad_workspace_free>(gsl_integration_cquad_workspace_alloc(maxIntervals));
-    gsl_integration_cquad(&f, a, b, tolerance, relativeTolerance, workspace.get(), &result, &error, &evaluations);
+    const auto workspace = ownedByGuard<gsl_integration_cquad_workspace_free>(
+        gsl_integration_cquad_workspace_alloc(maxIntervals));
+    gsl_integration_cquad(&f, a, b, tolerance, relativeTolerance, workspace.get(), &result, &error,
+                          &evaluations);
     return result;
 }
 
@@ -48,11 +49,14 @@ double overInfiniteInterval(gsl_function& f, double a, double b, double toleranc
     const auto workspace =
         ownedByGuard<gsl_integration_workspace_free>(gsl_integration_workspace_alloc(maxIntervals));
     if (!std::isinf(b))
-        gsl_integration_qagil(&f, b, tolerance, relativeTolerance, maxIntervals, workspace.get(), &result, &error);
+        gsl_integration_qagil(&f, b, tolerance, relativeTolerance, maxIntervals, workspace.get(), &result,
+                              &error);
     else if (!std::isinf(a))
-        gsl_integration_qagiu(&f, a, tolerance, relativeTolerance, maxIntervals, workspace.get(), &result, &error);
+        gsl_integration_qagiu(&f, a, tolerance, relativeTolerance, maxIntervals, workspace.get(), &result,
+                              &error);
     else
-        gsl_integration_qagi(&f, tolerance, relativeTolerance, maxIntervals, workspace.get(), &result, &error);
+        gsl_integration_qagi(&f, tolerance, relativeTolerance, maxIntervals, workspace.get(), &result,
+                             &error);
     return result;
 }
 
@@ -79,7 +83,8 @@ public:
         }
         const auto y = f_(x);
         double sum = 0.0;
-        for (std::size_t i = 0; i < gaussWeights.size(); ++i) sum += gaussWeights[i] * (y[2 * i] + y[2 * i + 1]);
+        for (std::size_t i = 0; i < gaussWeights.size(); ++i)
+            sum += gaussWeights[i] * (y[2 * i] + y[2 * i + 1]);
         return half * sum;
     }
 

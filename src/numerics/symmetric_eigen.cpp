@@ -9,8 +9,8 @@
 #include <cstdlib>
 #include <utility>
 
-#include "base/errors.h"
 #include "base/blas_loader.h"
+#include "base/errors.h"
 #include "numerics/gsl_errors.h"
 #include "numerics/gsl_pointer.h"
 

@@ -44,7 +44,8 @@ void heading(const char* title) {
     std::printf("\n### %s\n\n| problem | reference value | correct digits |\n|---|---|---|\n", title);
 }
 
-void row(const char* problem, const char* source, const Numbers& computed, const Numbers& exact, double atLeast) {
+void row(const char* problem, const char* source, const Numbers& computed, const Numbers& exact,
+         double atLeast) {
     const double found = digits(computed, exact);
     EXPECT_GE(found, atLeast) << problem;
     if (std::getenv("VORPEN_ACCURACY")) std::printf("| %s | %s | %.1f |\n", problem, source, found);
@@ -75,9 +76,10 @@ TEST(Accuracy, OfInteg) {
         {"exp(-x^2), 0 to inf", [](double x) { return std::exp(-x * x); }, 0, infinity, std::sqrt(pi) / 2,
          "sqrt(pi)/2", 9},
         {"exp(x), -inf to 0", [](double x) { return std::exp(x); }, -infinity, 0, 1, "1", 9},
-        {"1/(1+x^2), -inf to inf", [](double x) { return 1 / (1 + x * x); }, -infinity, infinity, pi, "pi", 9},
-        {"x^3/(exp(x)-1), 0 to inf", [](double x) { return x > 700 ? 0 : x * x * x / std::expm1(x); }, 0, infinity,
-         pi * pi * pi * pi / 15, "pi^4/15 (Abramowitz and Stegun 1964, 27.1.3)", 9},
+        {"1/(1+x^2), -inf to inf", [](double x) { return 1 / (1 + x * x); }, -infinity, infinity, pi, "pi",
+         9},
+        {"x^3/(exp(x)-1), 0 to inf", [](double x) { return x > 700 ? 0 : x * x * x / std::expm1(x); }, 0,
+         infinity, pi * pi * pi * pi / 15, "pi^4/15 (Abramowitz and Stegun 1964, 27.1.3)", 9},
     };
     for (const IntegralProblem& p : problems)
         row(p.problem, p.source, {integrate(p.f, p.a, p.b, 1e-9)}, {p.exact}, p.atLeast);
@@ -90,7 +92,8 @@ TEST(Accuracy, OfQinteg) {
         {"4/(1+x^2), 0 to 1", [](double x) { return 4 / (1 + x * x); }, 0, 1, pi, "pi", 14},
         {"x^(1/2), 0 to 1", [](double x) { return std::sqrt(x); }, 0, 1, 2.0 / 3, "2/3", 8},
         {"ln x, 0 to 1", [](double x) { return std::log(x); }, 0, 1, -1, "-1", 4},
-        {"sin(x)/x, 0 to 50", [](double x) { return std::sin(x) / x; }, 0, 50, 1.5516170724859358947, "Si(50)", 12},
+        {"sin(x)/x, 0 to 50", [](double x) { return std::sin(x) / x; }, 0, 50, 1.5516170724859358947,
+         "Si(50)", 12},
     };
     for (const IntegralProblem& p : problems) {
         std::vector<double> y(gaussPoints);
@@ -128,8 +131,10 @@ TEST(Accuracy, OfOde) {
         d[0] = y[1];
         d[1] = -y[0];
     };
-    row("harmonic oscillator after 1 period", "the start", lastState(harmonic, {0, 2 * pi}, {1, 0}), {1, 0}, 6);
-    row("harmonic oscillator after 10 periods", "the start", lastState(harmonic, {0, 20 * pi}, {1, 0}), {1, 0}, 5);
+    row("harmonic oscillator after 1 period", "the start", lastState(harmonic, {0, 2 * pi}, {1, 0}), {1, 0},
+        6);
+    row("harmonic oscillator after 10 periods", "the start", lastState(harmonic, {0, 20 * pi}, {1, 0}),
+        {1, 0}, 5);
     // Of the limit cycle: P. Amore, J. P. Boyd, F. M. Fernandez, "High order
     // analysis of the limit cycle of the van der Pol oscillator", Journal of
     // Mathematical Physics 59, 2018.
@@ -164,7 +169,8 @@ Numbers hilbert(std::size_t n) {
 
 double binomial(std::size_t n, std::size_t k) {
     double result = 1;
-    for (std::size_t i = 1; i <= k; ++i) result = result * static_cast<double>(n - k + i) / static_cast<double>(i);
+    for (std::size_t i = 1; i <= k; ++i)
+        result = result * static_cast<double>(n - k + i) / static_cast<double>(i);
     return result;
 }
 
@@ -205,8 +211,8 @@ TEST(Accuracy, OfDeterminantsAndInverses) {
     } problems[] = {
         {"det, Hilbert matrix of order 3", 3, 2160, 14, "inv, Hilbert matrix of order 3", 13},
         {"det, Hilbert matrix of order 5", 5, 266716800000.0, 11, "inv, Hilbert matrix of order 5", 11},
-        {"det, Hilbert matrix of order 8", 8, 365356847125734485878112256000000.0, 7, "inv, Hilbert matrix of order 8",
-         6},
+        {"det, Hilbert matrix of order 8", 8, 365356847125734485878112256000000.0, 7,
+         "inv, Hilbert matrix of order 8", 6},
     };
     for (const auto& p : problems) {
         lu.factorise(hilbert(p.n), p.n);
@@ -215,8 +221,9 @@ TEST(Accuracy, OfDeterminantsAndInverses) {
         lu.inverse(inverse);
         row(p.inverseProblem, source, inverse, inverseOfHilbert(p.n), p.inverseDigits);
     }
-    for (const auto& [problem, n, atLeast] : {std::tuple("solve, second differences of x(n+1-x)/2, n = 100", 100u, 12.0),
-                                              std::tuple("solve, second differences of x(n+1-x)/2, n = 1000", 1000u, 9.0)}) {
+    for (const auto& [problem, n, atLeast] :
+         {std::tuple("solve, second differences of x(n+1-x)/2, n = 100", 100u, 12.0),
+          std::tuple("solve, second differences of x(n+1-x)/2, n = 1000", 1000u, 9.0)}) {
         lu.factorise(secondDifference(n), n);
         Numbers b(n, 1.0), exact(n);
         for (unsigned i = 1; i <= n; ++i) exact[i - 1] = 0.5 * i * (n + 1 - i);
@@ -283,9 +290,10 @@ TEST(Accuracy, OfTransforms) {
     heading("`fft`, `ifft`");
     const auto forward = FourierDirection::forward;
     const auto backward = FourierDirection::backward;
-    for (const auto& [problem, n, f] : {std::tuple("fft of a pure tone, n = 16, frequency 3", 16u, 3u),
-                                        std::tuple("fft of a pure tone, n = 1024, frequency 100", 1024u, 100u),
-                                        std::tuple("fft of a pure tone, n = 2^20, frequency 12345", 1u << 20, 12345u)}) {
+    for (const auto& [problem, n, f] :
+         {std::tuple("fft of a pure tone, n = 16, frequency 3", 16u, 3u),
+          std::tuple("fft of a pure tone, n = 1024, frequency 100", 1024u, 100u),
+          std::tuple("fft of a pure tone, n = 2^20, frequency 12345", 1u << 20, 12345u)}) {
         ComplexNumbers z = tone(n, f);
         fourierTransform(z, forward);
         row(problem, "n at the frequency, 0 elsewhere", parts(z), parts(line(n, f)), n > 2000 ? 9 : 13);

@@ -55,7 +55,8 @@ TEST(Integrate, WarningsComeBackAfterAFailure) {
     const auto failing = [](double) -> double { throw std::runtime_error("in the function"); };
     EXPECT_THROW((void)integrate(failing, 0, infinity, 1e-9), std::runtime_error);
     EXPECT_TRUE(std::isnan(integrate([](double x) { return x; }, 0, 1, -1)));
-    EXPECT_EQ(recorded.lines, (Lines{"math error: specified tolerance is invalid or theoretically unattainable"}));
+    EXPECT_EQ(recorded.lines,
+              (Lines{"math error: specified tolerance is invalid or theoretically unattainable"}));
 }
 
 TEST(Integrate, WorksInsideItsOwnFunction) {
@@ -78,7 +79,8 @@ TEST(Integrate, EndsWhateverTheFunctionAnswers) {
     unsigned state = 1;
     const auto noise = [&](double) {
         state = state * 1664525u + 1013904223u;
-        const double values[] = {NAN, infinity, -infinity, 0, 1e308, -1e308, 1e-308, static_cast<double>(state)};
+        const double values[] = {NAN,   infinity, -infinity, 0,
+                                 1e308, -1e308,   1e-308,    static_cast<double>(state)};
         return values[state >> 29];
     };
     for (const auto& [a, b] : {std::pair(0.0, 1.0), std::pair(-1e308, 1e308), std::pair(0.0, infinity),
@@ -118,9 +120,10 @@ TEST(IntegrateSmooth, TakesTheAbscissaeInPairsAboutTheMiddle) {
         return std::span<const double, gaussPoints>(y);
     };
     (void)integrateSmooth(f, -1, 1, 1e-9);
-    EXPECT_EQ(first, (Numbers{-0.1488743389816312, 0.1488743389816312, -0.4333953941292472, 0.4333953941292472,
-                              -0.6794095682990244, 0.6794095682990244, -0.8650633666889845, 0.8650633666889845,
-                              -0.9739065285171717, 0.9739065285171717}));
+    EXPECT_EQ(first,
+              (Numbers{-0.1488743389816312, 0.1488743389816312, -0.4333953941292472, 0.4333953941292472,
+                       -0.6794095682990244, 0.6794095682990244, -0.8650633666889845, 0.8650633666889845,
+                       -0.9739065285171717, 0.9739065285171717}));
 }
 
 TEST(InitialValues, AFailureEndsTheRunAndPassesThrough) {
@@ -148,7 +151,9 @@ TEST(InitialValues, OnePointMakesNoStep) {
 TEST(InitialValues, ARunWithoutAnEndInSightIsGivenUp) {
     RecordedOutput recorded;
     // The solution chatters about 1/2, which takes ever the smallest steps.
-    const auto chatter = [](std::span<const double> y, std::span<double> d) { d[0] = y[0] < 0.5 ? 1e7 : -1e7; };
+    const auto chatter = [](std::span<const double> y, std::span<double> d) {
+        d[0] = y[0] < 0.5 ? 1e7 : -1e7;
+    };
     Numbers states = {0, 7};
     solveInitialValueProblem({chatter, noJacobian}, Numbers{0, 1e6}, states);
     EXPECT_EQ(states, (Numbers{0, 7}));

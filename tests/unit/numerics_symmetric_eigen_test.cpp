@@ -128,7 +128,8 @@ TEST(SymmetricEigen, EndsForFiniteMatricesOfAnySize) {
         std::uniform_real_distribution<double> exponent(-323, most);
         const std::size_t n = 1 + bits() % 7;
         Numbers matrix(n * n);
-        for (double& x : matrix) x = (bits() % 2 ? 1 : -1) * std::pow(10.0, bits() % 3 ? exponent(bits) : most);
+        for (double& x : matrix)
+            x = (bits() % 2 ? 1 : -1) * std::pow(10.0, bits() % 3 ? exponent(bits) : most);
         Numbers copy = matrix;
         EXPECT_EQ(symmetricEigenvalues(copy, n).size(), n);
         EXPECT_EQ(symmetricEigenSystem(matrix, n).vectors.size(), n * n);
