@@ -13,7 +13,9 @@
 #include "builtins/exact_bodies.h"
 #include "builtins/fit_bodies.h"
 #include "builtins/function_bodies.h"
+#include "builtins/integration_bodies.h"
 #include "builtins/language_bodies.h"
+#include "builtins/linear_bodies.h"
 #include "builtins/model_bodies.h"
 #include "builtins/random_bodies.h"
 #include "builtins/reduction_bodies.h"
@@ -202,7 +204,7 @@ constexpr Row<ValueToIntBody> valueToIntTable[] = {
     absent<"subplot", ValueToIntBody>,
     {"isboolean", builtin::isBoolean},
     {"ischar", builtin::isString},
-    absent<"setLU", ValueToIntBody>,
+    {"setLU", builtin::factorise},
     absent<"messageBox", ValueToIntBody>,
     {"isdefined", builtin::isDefined},
     {"isnum", builtin::isNumber},
@@ -231,10 +233,10 @@ constexpr Row<BuiltinBody> vectorToDoubleTable[] = {
     {"unique", builtin::unique},
     {"colsums", builtin::columnSums},
     {"rowsums", builtin::rowSums},
-    absentOf<"inv", VectorToDoubleBody>,
-    absentOf<"det", VectorToDoubleBody>,
-    absentOf<"eigval", ChangingToDoubleBody>,
-    absentOf<"eigvec", ChangingToDoubleBody>,
+    {"inv", builtin::inverse},
+    {"det", builtin::determinant},
+    {"eigval", builtin::eigenvalues},
+    {"eigvec", builtin::eigenvectors},
     {"SGfilter", builtin::smoothingFilter},
     {"qpop", builtin::popFirst},
     {"zipkey", builtin::packKey},
@@ -294,7 +296,7 @@ constexpr Row<BuiltinBody> twoArgTable[] = {
     absentOf<"fread", TwoArgBody>,
     absentOf<"fwrite", TwoArgBody>,
     {"swaprows", builtin::swapRows},
-    absentOf<"solve", TwoArgBody>,
+    {"solve", builtin::solveLinear},
     {"strfind", builtin::findText},
     {"findstr", builtin::findText},
     {"str2num", builtin::toNumber},
@@ -316,9 +318,9 @@ constexpr GeneralRow generalTable[] = {
     {"split", builtin::split, 1, 3},
     absentGeneral<"readtext">(1, 1),
     {"complex", builtin::complexFromParts, 2, 2},
-    absentGeneral<"fft">(1, 1, ANY_ARGUMENT),
-    absentGeneral<"ifft">(1, 1, ANY_ARGUMENT),
-    absentGeneral<"cdiag">(1, 1, ANY_ARGUMENT),
+    {"fft", builtin::fourierForward, 1, 1, ANY_ARGUMENT},
+    {"ifft", builtin::fourierBackward, 1, 1, ANY_ARGUMENT},
+    {"cdiag", builtin::complexDiagonal, 1, 1, ANY_ARGUMENT},
     absentGeneral<"plot">(1, noLimit),
     absentGeneral<"loglog">(1, noLimit),
     absentGeneral<"semilogx">(1, noLimit),
@@ -360,12 +362,12 @@ constexpr GeneralRow generalTable[] = {
     {"sum", builtin::sum, 1, 3},
     {"table", builtin::table, 2, 3},
     {"lsfit", builtin::curveFit, 4, 7},
-    absentGeneral<"qinteg">(2, 4),
-    absentGeneral<"integ">(0, noLimit),
-    absentGeneral<"eigvv">(1, 1),
+    {"qinteg", builtin::qinteg, 2, 4},
+    {"integ", builtin::integ, 0, noLimit},
+    {"eigvv", builtin::eigenSystem, 1, 1},
     absentGeneral<"set">(0, 2),
-    absentGeneral<"ode">(5, 5),
-    absentGeneral<"odetest">(5, 5),
+    {"ode", builtin::ode, 5, 5},
+    {"odetest", builtin::odetest, 5, 5},
 };
 // clang-format on
 

@@ -60,11 +60,22 @@ private:
     std::vector<SavedData> saved_;
 };
 
+/// A body that runs no code of the user's cannot change an array of the
+/// caller's, and reads it where it stands.
+void AnonymousFunction::setInput(DoubleValue& parameter, Outcome input) const {
+    if (isPure_ && !input.isScalar() && input.value()->valueType() == DOUBLE_VAL && input.value()->size() > 1) {
+        DoubleValue& array = asDouble(*input.value());
+        parameter.viewOf(array.data(), array.size(), array.nrow(), array.mark());
+    } else {
+        setParameter(parameter, input);
+    }
+}
+
 Outcome AnonymousFunction::call(std::span<const Outcome> inputs, Value* workspace) {
     if (inputs.size() != parameters_.size()) throw RuntimeError("missing parameter value");
     Require(depth_ < maxCallsInProgress, "max recursion depth exceeded");
     const Frame frame(*this);
-    for (std::size_t i = 0; i < inputs.size(); ++i) setParameter(*parameters_[i], inputs[i]);
+    for (std::size_t i = 0; i < inputs.size(); ++i) setInput(*parameters_[i], inputs[i]);
 
     if (body_->type() == COMPLEX_VAL || body_->type() == LIST_VAL) {
         Value* result = body_->pValue(workspace);
@@ -72,7 +83,7 @@ Outcome AnonymousFunction::call(std::span<const Outcome> inputs, Value* workspac
         workspace->copyFrom(*result);
         return Outcome::of(workspace);
     }
-    DoubleValue room;
+    DoubleValue room = std::move(asDouble(*workspace));
     const Outcome result = body_->evaluate(&room);
     if (result.isScalar()) return result;
     if (result.value() == &room)
@@ -112,6 +123,7 @@ Outcome FuncRefElement::callUserFunction(std::span<const Outcome> inputs, Value*
     function_->checkArguments(std::span(doubles).first(inputs.size()));
     if (function_->isQuick()) {
         UserFunc::QuickArguments arguments;
+        arguments.ownsWorkspace = true;
         if (inputs.size() > 0) arguments.first = inputs[0];
         if (inputs.size() > 1) arguments.second = inputs[1];
         return function_->callQuick(arguments, workspace);
@@ -119,6 +131,16 @@ Outcome FuncRefElement::callUserFunction(std::span<const Outcome> inputs, Value*
     if (numbers && function_->isPlain()) return function_->callPlain(inputs, workspace);
 
     std::array<DoubleValue, maxInputs> copies;
+    if (function_->isPlain()) {
+        std::array<Outcome, maxInputs> plain;
+        for (std::size_t i = 0; i < inputs.size(); ++i) {
+            plain[i] = inputs[i];
+            if (inputs[i].isScalar()) continue;
+            setParameter(copies[i], inputs[i]);
+            plain[i] = Outcome::of(&copies[i]);
+        }
+        return function_->callPlain(std::span<const Outcome>(plain).first(inputs.size()), workspace);
+    }
     std::array<FuncArgument, maxInputs> records;
     for (std::size_t i = 0; i < inputs.size(); ++i) {
         setParameter(copies[i], inputs[i]);

@@ -23,19 +23,26 @@ public:
     explicit AnonymousFunction(int parameterCount);
     [[nodiscard]] int parameterCount() const { return static_cast<int>(parameters_.size()); }
     [[nodiscard]] DoubleValue* parameter(int i) { return parameters_[i].get(); }
-    void setBody(EvaluatablePtr body) { body_ = std::move(body); }
+    void setBody(EvaluatablePtr body) {
+        body_ = std::move(body);
+        isPure_ = body_->isPure();
+    }
     [[nodiscard]] const Evaluatable& body() const { return *body_; }
 
     /// The result is a scalar or stands in the workspace, which is of the
-    /// body's kind, or a double where that is integer or unknown. The body may
-    /// lead back here; the parameters are put back afterwards.
+    /// body's kind, or a double where that is integer or unknown, and the
+    /// caller's alone. The body may lead back here; the parameters are put back
+    /// afterwards.
     Outcome call(std::span<const Outcome> inputs, Value* workspace);
 
 private:
     class Frame;
 
     std::vector<std::unique_ptr<DoubleValue>> parameters_;
+    void setInput(DoubleValue& parameter, Outcome input) const;
+
     EvaluatablePtr body_;
+    bool isPure_ = false;
     int depth_ = 0;  ///< calls in progress
 };
 
@@ -60,8 +67,10 @@ public:
     [[nodiscard]] int inputCount() const;
 
     /// Calls the function with one input for each parameter, numbers or double
-    /// values. The workspace is of the kind of type(); see Outcome for where
-    /// the answer is. Fails as a call in an expression does.
+    /// values. The workspace is of the kind of type() and the caller's alone:
+    /// no function reads it, and its block is used again from call to call.
+    /// See Outcome for where the answer is. Fails as a call in an expression
+    /// does.
     Outcome call(std::span<const Outcome> inputs, Value* workspace);
 
     /// The same point by point: the function is called for each element of the

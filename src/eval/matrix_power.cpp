@@ -20,8 +20,7 @@ DoubleValue identity(int n) {
 void invert(DoubleValue& matrix) {
     LuForm lu;
     lu.factorise(matrix.items(), matrix.nrow());
-    const std::vector<double> inverse = lu.inverse();
-    std::copy(inverse.begin(), inverse.end(), matrix.data());
+    lu.inverse(matrix.items());
 }
 
 /// The power by repeated squaring; `exponent` is whole and not negative. From

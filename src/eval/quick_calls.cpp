@@ -50,9 +50,10 @@ Outcome UserFunc::quickResult(const QuickArguments& arguments, Value* workspace)
     if (quickBodyType_ == COMPLEX_VAL || quickBodyType_ == LIST_VAL)
         throw RuntimeError("incompatable data type in return statement");
     DoubleValue room;
+    if (arguments.ownsWorkspace) room = std::move(asDouble(*workspace));
     DoubleValue* place = &room;
     const bool isInput = arguments.first.value() == workspace || arguments.second.value() == workspace;
-    if (quickBodyIsPure_ && hasLargeInput(arguments) && !isInput && !quickBody_->uses(workspace))
+    if (quickBodyIsPure_ && !arguments.ownsWorkspace && hasLargeInput(arguments) && !isInput && !quickBody_->uses(workspace))
         place = &asDouble(*workspace);
 
     const Outcome result = quickBody_->evaluate(place);

@@ -179,6 +179,7 @@ public:
         Outcome second = Outcome::scalar(0);
         DoubleValue* firstRoom = nullptr;
         DoubleValue* secondRoom = nullptr;
+        bool ownsWorkspace = false;  ///< nobody reads the workspace, so its block is used again
     };
     Outcome callQuick(const QuickArguments& arguments, Value* workspace);
 

@@ -7,10 +7,10 @@
 #include <cmath>
 #include <utility>
 
+#include "base/blas_loader.h"
 #include "base/errors.h"
 #include "base/multiversion.h"
 #include "base/output.h"
-#include "base/blas_loader.h"
 
 namespace vorpen {
 namespace {
@@ -18,18 +18,25 @@ namespace {
 /// What stands in for a pivot of 0.
 constexpr double smallestPivot = 1e-40;
 
-/// Columns that are factorised together before the rest of the matrix is
-/// updated. Half a megabyte at a thousand rows, so a panel stays in the cache.
-constexpr std::size_t panelWidth = 64;
+/// Columns that are factorised one after the other. So few columns of a
+/// thousand rows stay in the cache, and products of narrower ones cost more
+/// than they save.
+constexpr std::size_t panelWidth = 16;
 
 /// From this order on the BLAS is used; below, the loops are faster than
 /// loading it, and the results are those of the plain method to the bit.
-constexpr std::size_t blasOrder = 2 * panelWidth;
+constexpr std::size_t blasOrder = 128;
 
-/// A factorisation in progress.
+/// Columns of the inverse of a triangle that are made together.
+constexpr std::size_t triangleWidth = 64;
+
+/// From so many right sides on the BLAS is worth its loading.
+constexpr std::size_t blasColumns = 64;
+
+/// A factorisation in progress, in the place of the matrix.
 struct Factorisation {
     std::size_t n;
-    std::vector<double> a;
+    std::span<double> a;
     std::vector<double> scale;
     std::vector<std::int32_t> permutation;
     int parity = 1;
@@ -37,21 +44,28 @@ struct Factorisation {
     double* column(std::size_t j) { return a.data() + j * n; }
 };
 
-/// 1 over the largest modulus of each row.
-std::vector<double> rowScales(const std::vector<double>& a, std::size_t n) {
-    std::vector<double> largest(n, 0.0);
-    std::vector<char> zero(n, 1);
+/// The largest modulus in each row; NaNs do not count.
+VORPEN_MULTIVERSION
+void largestOfRows(const double* a, std::size_t n, double* largest) {
     for (std::size_t j = 0; j < n; ++j)
         for (std::size_t i = 0; i < n; ++i) {
             const double modulus = std::fabs(a[i + j * n]);
             largest[i] = modulus > largest[i] ? modulus : largest[i];
-            // A row of NaN has no largest element either, but is not zero.
-            zero[i] &= modulus == 0;
         }
-    if (std::find(zero.begin(), zero.end(), 1) != zero.end())
-        raiseRuntimeError("LUform: matrix has a row of zeros");
-    for (double& v : largest) v = 1 / v;
-    return largest;
+}
+
+/// 1 over the largest modulus of each row.
+std::vector<double> rowScales(std::span<const double> a, std::size_t n) {
+    std::vector<double> scale(n, 0.0);
+    largestOfRows(a.data(), n, scale.data());
+    for (std::size_t i = 0; i < n; ++i) {
+        // A row of NaN has no largest element either, but is not zero.
+        bool isZero = scale[i] == 0;
+        for (std::size_t j = 0; isZero && j < n; ++j) isZero = a[i + j * n] == 0;
+        Require(!isZero, "LUform: matrix has a row of zeros");
+        scale[i] = 1 / scale[i];
+    }
+    return scale;
 }
 
 std::size_t findPivot(const double* column, const std::vector<double>& scale, std::size_t k) {
@@ -105,43 +119,51 @@ void exchangeRows(double* b, std::size_t rows, std::size_t columns,
     }
 }
 
-/// Brings the columns right of a panel up to date with it.
-void updateTrailing(Factorisation& f, std::size_t first, std::size_t last) {
+/// Brings the columns from `middle` to `last` up to date with the factorised
+/// ones from `first` to `middle`.
+void updateColumns(Factorisation& f, std::size_t first, std::size_t middle, std::size_t last) {
+    exchangeRows(f.column(middle), f.n, last - middle, f.permutation, first, middle);
     const int n = static_cast<int>(f.n);
-    const int panel = static_cast<int>(last - first);
-    const int below = static_cast<int>(f.n - last);
+    const int done = static_cast<int>(middle - first);
+    const int columns = static_cast<int>(last - middle);
+    const int below = static_cast<int>(f.n - middle);
     const double* const triangle = f.column(first) + first;
-    double* const top = f.column(last) + first;
-    cblas_dtrsm(CblasColMajor, CblasLeft, CblasLower, CblasNoTrans, CblasUnit, panel, below, 1.0, triangle, n,
-                top, n);
-    cblas_dgemm(CblasColMajor, CblasNoTrans, CblasNoTrans, below, below, panel, -1.0, f.column(first) + last,
-                n, top, n, 1.0, f.column(last) + last, n);
+    double* const top = f.column(middle) + first;
+    cblas_dtrsm(CblasColMajor, CblasLeft, CblasLower, CblasNoTrans, CblasUnit, done, columns, 1.0, triangle,
+                n, top, n);
+    cblas_dgemm(CblasColMajor, CblasNoTrans, CblasNoTrans, below, columns, done, -1.0,
+                f.column(first) + middle, n, top, n, 1.0, f.column(middle) + middle, n);
 }
 
-void factoriseByPanels(Factorisation& f) {
-    requireBlas();
-    for (std::size_t first = 0; first < f.n; first += panelWidth) {
-        const std::size_t last = std::min(first + panelWidth, f.n);
-        factorisePanel(f, first, last);
-        exchangeRows(f.column(0), f.n, first, f.permutation, first, last);
-        if (last == f.n) break;
-        exchangeRows(f.column(last), f.n, f.n - last, f.permutation, first, last);
-        updateTrailing(f, first, last);
-    }
+/// Factorises the columns from `first` to `last` by halves, so that most of the
+/// work is in products of large matrices (S. Toledo, "Locality of reference in
+/// LU decomposition with partial pivoting", SIAM Journal on Matrix Analysis and
+/// Applications 18, 1997).
+void factoriseColumns(Factorisation& f, std::size_t first, std::size_t last) {
+    if (last - first <= panelWidth) return factorisePanel(f, first, last);
+    const std::size_t panels = (last - first + panelWidth - 1) / panelWidth;
+    const std::size_t middle = first + panels / 2 * panelWidth;
+    factoriseColumns(f, first, middle);
+    updateColumns(f, first, middle, last);
+    factoriseColumns(f, middle, last);
+    exchangeRows(f.column(first), f.n, middle - first, f.permutation, middle, last);
 }
 
 }  // namespace
 
 int LuForm::factorise(std::span<const double> matrix, std::size_t rows) {
     Require(rows * rows == matrix.size(), "matrix must be square");
-    Factorisation f{rows, {matrix.begin(), matrix.end()}, {}, {}};
-    f.scale = rowScales(f.a, rows);
-    f.permutation.resize(rows);
-    if (rows < blasOrder)
+    std::vector<double> scale = rowScales(matrix, rows);
+    permutation_.clear();
+    lu_.setSizeShapeMark(static_cast<std::int64_t>(matrix.size()), static_cast<int>(rows), FORM_NUMERIC);
+    std::ranges::copy(matrix, lu_.data());
+    Factorisation f{rows, lu_.items(), std::move(scale), std::vector<std::int32_t>(rows)};
+    if (rows < blasOrder) {
         factorisePanel(f, 0, rows);
-    else
-        factoriseByPanels(f);
-    lu_ = std::move(f.a);
+    } else {
+        requireBlas();
+        factoriseColumns(f, 0, rows);
+    }
     permutation_ = std::move(f.permutation);
     return parity_ = f.parity;
 }
@@ -171,7 +193,7 @@ void LuForm::solve(std::span<double> b) const {
     const std::size_t n = order();
     if (n == 0) return;
     const std::size_t columns = b.size() / n;
-    if (n < blasOrder || columns < panelWidth) {
+    if (n < blasOrder || columns < blasColumns) {
         for (std::size_t j = 0; j < columns; ++j) backSubstitute(b.data() + j * n);
         return;
     }
@@ -185,12 +207,35 @@ void LuForm::solve(std::span<double> b) const {
                 lu_.data(), rows, b.data(), rows);
 }
 
-std::vector<double> LuForm::inverse() const {
+void LuForm::inverse(std::span<double> matrix) const {
     const std::size_t n = order();
-    std::vector<double> result(n * n, 0.0);
-    for (std::size_t i = 0; i < n; ++i) result[i + i * n] = 1;
-    solve(result);
-    return result;
+    std::ranges::fill(matrix, 0.0);
+    for (std::size_t i = 0; i < n; ++i) matrix[i + i * n] = 1;
+    if (n < blasOrder)
+        solve(matrix);
+    else
+        invertByBlas(matrix.data());
+}
+
+/// The identity becomes the inverse of L, a lower triangle too, of which only
+/// the part from the diagonal down is worked on; then U is solved for. The row
+/// exchanges of the matrix are column exchanges of the inverse, the last first.
+void LuForm::invertByBlas(double* x) const {
+    requireBlas();
+    const std::size_t n = order();
+    const int rows = static_cast<int>(n);
+    for (std::size_t j = 0; j < n; j += triangleWidth) {
+        const std::size_t corner = j + j * n;
+        const int width = static_cast<int>(std::min(triangleWidth, n - j));
+        cblas_dtrsm(CblasColMajor, CblasLeft, CblasLower, CblasNoTrans, CblasUnit, static_cast<int>(n - j),
+                    width, 1.0, lu_.data() + corner, rows, x + corner, rows);
+    }
+    cblas_dtrsm(CblasColMajor, CblasLeft, CblasUpper, CblasNoTrans, CblasNonUnit, rows, rows, 1.0, lu_.data(),
+                rows, x, rows);
+    for (std::size_t k = n; k-- > 0;) {
+        const auto p = static_cast<std::size_t>(permutation_[k]);
+        if (p != k) std::swap_ranges(x + k * n, x + (k + 1) * n, x + p * n);
+    }
 }
 
 LuForm& storedLuForm() {

@@ -8,16 +8,18 @@
 // does not fail: a pivot of 0 becomes 1e-40, a warning is shown, and the
 // results come out very large.
 //
-// Matrices are stored by column. All loops run down columns. A matrix with
-// more rows than one panel is factorised panel by panel, with the matrix
-// product of the BLAS in between, which does nearly all of the work; the
-// pivots are found by the same rule, and the results differ from those of the
-// plain method in the last bits alone.
+// Matrices are stored by column. All loops run down columns. A large matrix is
+// factorised by halves of its columns, with the matrix product of the BLAS in
+// between, which does nearly all of the work; the pivots are found by the same
+// rule, and the results differ from those of the plain method in the last bits
+// alone.
 
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
+
+#include "values/mathmatrix.h"
 
 namespace vorpen {
 
@@ -34,7 +36,7 @@ public:
 
     /// L below the diagonal, the ones on its own diagonal left out, and U on
     /// and above it.
-    std::span<const double> factors() const { return lu_; }
+    std::span<const double> factors() const { return lu_.items(); }
 
     /// The row, from 0, with which row k was exchanged in step k.
     std::span<const std::int32_t> permutation() const { return permutation_; }
@@ -47,13 +49,14 @@ public:
     /// place.
     void solve(std::span<double> b) const;
 
-    /// The inverse, order() by order().
-    std::vector<double> inverse() const;
+    /// The inverse, order() by order(), into a matrix of that size.
+    void inverse(std::span<double> matrix) const;
 
 private:
     void backSubstitute(double* x) const;
+    void invertByBlas(double* identity) const;
 
-    std::vector<double> lu_;
+    DoubleValue lu_;
     std::vector<std::int32_t> permutation_;
     int parity_ = 1;
 };

@@ -5,33 +5,17 @@
 #include <gsl/gsl_matrix.h>
 #include <gsl/gsl_vector.h>
 
-#include <memory>
-#include <new>
+#include <cmath>
+#include <cstdlib>
 #include <utility>
 
-#include "base/errors.h"
 #include "base/blas_loader.h"
+#include "base/errors.h"
 #include "numerics/gsl_errors.h"
+#include "numerics/gsl_pointer.h"
 
 namespace vorpen {
 namespace {
-
-template <auto free>
-struct Free {
-    template <typename T>
-    void operator()(T* object) const {
-        free(object);
-    }
-};
-
-template <typename T, auto free>
-using GslPointer = std::unique_ptr<T, Free<free>>;
-
-template <typename T, auto free>
-GslPointer<T, free> owned(T* object) {
-    if (!object) throw std::bad_alloc();
-    return GslPointer<T, free>(object);
-}
 
 /// GSL stores by row and reads the lower triangle, so the storage is transposed
 /// for it.
@@ -39,6 +23,33 @@ gsl_matrix_view transposedForGsl(std::span<double> matrix, std::size_t n) {
     for (std::size_t j = 0; j < n; ++j)
         for (std::size_t i = 0; i < j; ++i) std::swap(matrix[i + j * n], matrix[j + i * n]);
     return gsl_matrix_view_array(matrix.data(), n, n);
+}
+
+/// From this power of 2 on the products of elements leave the range of doubles,
+/// and GSL's steps may go on for ever.
+constexpr int largestExponent = 500;
+
+/// Multiplies the lower triangle and the diagonal by a power of 2 when they are
+/// very large or very small; the answer is the power that the eigenvalues have
+/// lost. No other element counts.
+int bringIntoRange(std::span<double> matrix, std::size_t n, std::string_view context) {
+    double largest = 0;
+    for (std::size_t j = 0; j < n; ++j)
+        for (std::size_t i = j; i < n; ++i) {
+            Require(std::isfinite(matrix[i + j * n]), "matrix has elements that are not finite", context);
+            largest = std::fmax(largest, std::fabs(matrix[i + j * n]));
+        }
+    int exponent = 0;
+    std::frexp(largest, &exponent);
+    if (std::abs(exponent) <= largestExponent) return 0;
+    for (std::size_t j = 0; j < n; ++j)
+        for (std::size_t i = j; i < n; ++i) matrix[i + j * n] = std::ldexp(matrix[i + j * n], -exponent);
+    return exponent;
+}
+
+void multiplyBack(std::span<double> values, int exponent) {
+    if (exponent == 0) return;
+    for (double& value : values) value = std::ldexp(value, exponent);
 }
 
 void prepareGsl() {
@@ -51,19 +62,22 @@ void prepareGsl() {
 std::vector<double> symmetricEigenvalues(std::span<double> matrix, std::size_t rows) {
     Require(rows * rows == matrix.size(), "non-square matrix", "eigval");
     std::vector<double> values(rows);
+    const int exponent = bringIntoRange(matrix, rows, "eigval");
     if (rows == 0) return values;
     prepareGsl();
     const OneBlasThread guard;
     gsl_matrix_view a = transposedForGsl(matrix, rows);
     gsl_vector_view eval = gsl_vector_view_array(values.data(), rows);
-    const auto workspace = owned<gsl_eigen_symm_workspace, gsl_eigen_symm_free>(gsl_eigen_symm_alloc(rows));
+    const auto workspace = ownedByGuard<gsl_eigen_symm_free>(gsl_eigen_symm_alloc(rows));
     gsl_eigen_symm(&a.matrix, &eval.vector, workspace.get());
+    multiplyBack(values, exponent);
     return values;
 }
 
 EigenSystem symmetricEigenSystem(std::span<double> matrix, std::size_t rows) {
     Require(rows * rows == matrix.size(), "non-square matrix", "eigen-system");
     EigenSystem system{std::vector<double>(rows), std::vector<double>(rows * rows)};
+    const int exponent = bringIntoRange(matrix, rows, "eigen-system");
     if (rows == 0) return system;
     prepareGsl();
     const OneBlasThread guard;
@@ -71,10 +85,10 @@ EigenSystem symmetricEigenSystem(std::span<double> matrix, std::size_t rows) {
     gsl_vector_view eval = gsl_vector_view_array(system.values.data(), rows);
     std::vector<double> vectorsByRow(rows * rows);
     gsl_matrix_view evec = gsl_matrix_view_array(vectorsByRow.data(), rows, rows);
-    const auto workspace =
-        owned<gsl_eigen_symmv_workspace, gsl_eigen_symmv_free>(gsl_eigen_symmv_alloc(rows));
+    const auto workspace = ownedByGuard<gsl_eigen_symmv_free>(gsl_eigen_symmv_alloc(rows));
     gsl_eigen_symmv(&a.matrix, &eval.vector, &evec.matrix, workspace.get());
     gsl_eigen_symmv_sort(&eval.vector, &evec.matrix, GSL_EIGEN_SORT_ABS_ASC);
+    multiplyBack(system.values, exponent);
     for (std::size_t k = 0; k < rows; ++k)
         for (std::size_t i = 0; i < rows; ++i)
             system.vectors[i + k * rows] = gsl_matrix_get(&evec.matrix, i, k);

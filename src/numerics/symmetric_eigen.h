@@ -6,7 +6,8 @@
 // Matrix Computations, 1996, 8.3). Matrices are stored by column. Of a matrix
 // that is not symmetric only the lower triangle and the diagonal count. GSL
 // works in the storage that it is given, so the matrix is lost: what it holds
-// afterwards is what the method leaves there.
+// afterwards is what the method leaves there. Elements beyond 1e150 or below
+// 1e-150 are multiplied by a power of 2 first, which costs no digit.
 
 #include <cstddef>
 #include <span>
@@ -15,8 +16,9 @@
 namespace vorpen {
 
 /// The n eigenvalues of an n by n matrix with n = `rows`, in the order in which
-/// the method finds them. A matrix that is not square raises a RuntimeError
-/// "non-square matrix" in the context "eigval".
+/// the method finds them. Raises a RuntimeError in the context "eigval": "non-
+/// square matrix", or "matrix has elements that are not finite" when a NaN or
+/// an infinity is among those that count.
 std::vector<double> symmetricEigenvalues(std::span<double> matrix, std::size_t rows);
 
 struct EigenSystem {

@@ -1,22 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "base/blas_loader.h"
 
-#include <algorithm>
 #include <cmath>
 #include <vector>
 
 #include <gsl/gsl_blas.h>
 #include <gtest/gtest.h>
 
-#include "base/errors.h"
-#include "numerics/symmetric_eigen.h"
-
 namespace vorpen {
 namespace {
 
 using Numbers = std::vector<double>;
-
-// ---- the loader -----------------------------------------------------------
 
 TEST(BlasLoader, LoadsABlas) {
     EXPECT_TRUE(ensureBlas());
@@ -87,92 +81,6 @@ TEST(BlasLoader, RoutinesOfAllLevelsAreHandedOver) {
     gsl_blas_zdotc(&vz.vector, &vz.vector, &product);
     EXPECT_EQ(GSL_REAL(product), 5);
     EXPECT_EQ(GSL_IMAG(product), 0);
-}
-
-// ---- eigenvalues ----------------------------------------------------------
-
-TEST(SymmetricEigen, ValuesOfADiagonalMatrix) {
-    Numbers m = {3, 0, 0, 0, -7, 0, 0, 0, 2};
-    auto values = symmetricEigenvalues(m, 3);
-    std::sort(values.begin(), values.end());
-    EXPECT_EQ(values, (Numbers{-7, 2, 3}));
-}
-
-// The second difference matrix has the eigenvalues 2 - 2 cos(k pi/(n+1)) (R. T.
-// Gregory and D. L. Karney, A Collection of Matrices for Testing Computational
-// Algorithms, 1969, 7.4).
-TEST(SymmetricEigen, SystemOfTheSecondDifference) {
-    constexpr std::size_t n = 12;
-    Numbers m(n * n, 0.0);
-    for (std::size_t i = 0; i < n; ++i) {
-        m[i + i * n] = 2;
-        if (i + 1 < n) m[i + 1 + i * n] = m[i + (i + 1) * n] = -1;
-    }
-    const Numbers original = m;
-    const EigenSystem system = symmetricEigenSystem(m, n);
-    for (std::size_t k = 0; k < n; ++k) {
-        const double value = system.values[k];
-        EXPECT_NEAR(value, 2 - 2 * std::cos(static_cast<double>(k + 1) * std::acos(-1.0) / (n + 1)), 1e-13);
-        double length = 0;
-        for (std::size_t i = 0; i < n; ++i) {
-            double product = 0;
-            for (std::size_t j = 0; j < n; ++j) product += original[i + j * n] * system.vectors[j + k * n];
-            EXPECT_NEAR(product, value * system.vectors[i + k * n], 1e-13);
-            length += system.vectors[i + k * n] * system.vectors[i + k * n];
-        }
-        EXPECT_NEAR(length, 1, 1e-13);
-    }
-}
-
-TEST(SymmetricEigen, TheSystemIsSortedByModulus) {
-    Numbers m = {4, 1, 0, 1, -5, 2, 0, 2, 3};
-    const auto values = symmetricEigenSystem(m, 3).values;
-    EXPECT_NEAR(values[0], 3.39769416, 1e-8);
-    EXPECT_NEAR(values[1], 4.17346756, 1e-8);
-    EXPECT_NEAR(values[2], -5.57116172, 1e-8);
-}
-
-TEST(SymmetricEigen, OnlyTheLowerTriangleCounts) {
-    Numbers symmetric = {1, 2, 3, 2, 5, 6, 3, 6, 9};
-    Numbers lower = {1, 2, 3, 77, 5, 6, 88, 99, 9};
-    EXPECT_EQ(symmetricEigenvalues(symmetric, 3), symmetricEigenvalues(lower, 3));
-    symmetric = {1, 2, 3, 2, 5, 6, 3, 6, 9};
-    lower = {1, 2, 3, 77, 5, 6, 88, 99, 9};
-    EXPECT_EQ(symmetricEigenSystem(symmetric, 3).vectors, symmetricEigenSystem(lower, 3).vectors);
-}
-
-TEST(SymmetricEigen, SmallestSizes) {
-    Numbers one = {-4};
-    EXPECT_EQ(symmetricEigenvalues(one, 1), Numbers{-4});
-    one = {-4};
-    EXPECT_EQ(symmetricEigenSystem(one, 1).vectors, Numbers{1});
-    EXPECT_TRUE(symmetricEigenvalues({}, 0).empty());
-    EXPECT_TRUE(symmetricEigenSystem({}, 0).vectors.empty());
-}
-
-TEST(SymmetricEigen, EndsForMatricesThatAreNotFinite) {
-    for (const double bad : {std::nan(""), HUGE_VAL, 1e308}) {
-        Numbers m(25, bad);
-        symmetricEigenvalues(m, 5);
-        m.assign(25, bad);
-        symmetricEigenSystem(m, 5);
-    }
-}
-
-TEST(SymmetricEigen, TheMatrixMustBeSquare) {
-    Numbers m(6, 1.0);
-    try {
-        symmetricEigenvalues(m, 2);
-        FAIL();
-    } catch (const RuntimeError& error) {
-        EXPECT_EQ(error.message, "in eigval: non-square matrix");
-    }
-    try {
-        symmetricEigenSystem(m, 3);
-        FAIL();
-    } catch (const RuntimeError& error) {
-        EXPECT_EQ(error.message, "in eigen-system: non-square matrix");
-    }
 }
 
 }  // namespace

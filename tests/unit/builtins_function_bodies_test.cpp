@@ -216,7 +216,8 @@ TEST(FunctionBodies, AFailureOfTheFunctionUnwindsTheMethod) {
     Session session;
     EXPECT_EQ(session.run("f(x) := { if any(x<1.6) { error('too small'); } return x-1; }"), Lines{});
     for (const char* call : {"fzero(f,[0,3])", "fzero(f,2)", "fmin(f,2)", "fminbrac(f,2)", "differ(f,1:3)",
-                             "sum(f,1:3)", "table(f,1:3)"}) {
+                             "sum(f,1:3)", "table(f,1:3)", "integ(f,[0,3])", "integ(f,[3,0])", "integ(f,[-inf,3])",
+                             "integ(f,[-inf,inf])", "qinteg(f,[0,3])", "ode(f,f,[],[0,1],1)"}) {
         EXPECT_EQ(session.run("x=42;"), Lines{});
         EXPECT_EQ(session.run(std::string("x=") + call + ";"), (Lines{"in f;", "{r too small}"})) << call;
         EXPECT_EQ(session.function("f").depth(), 0) << call;

@@ -49,6 +49,12 @@ Numbers randomMatrix(std::size_t n, unsigned seed) {
     return m;
 }
 
+Numbers inverseOf(const LuForm& form) {
+    Numbers inverse(form.order() * form.order(), 7.0);
+    form.inverse(inverse);
+    return inverse;
+}
+
 TEST(LuForm, KeepsTheFactorsAndTheExchanges) {
     LuForm form;
     EXPECT_EQ(form.factorise(Numbers{2, 1, 1, 3}, 2), 1);
@@ -107,11 +113,11 @@ TEST(LuForm, InversesOfHilbertMatrices) {
     LuForm form;
     form.factorise(hilbert(3), 3);
     const Numbers expected = {9, -36, 30, -36, 192, -180, 30, -180, 180};
-    const Numbers inverse = form.inverse();
+    const Numbers inverse = inverseOf(form);
     for (std::size_t i = 0; i < 9; ++i) EXPECT_NEAR(inverse[i], expected[i], 1e-11);
     form.factorise(hilbert(6), 6);
-    EXPECT_NEAR(form.inverse()[0], 36, 1e-7);
-    EXPECT_NEAR(form.inverse()[3 + 3 * 6], 3628800, 0.1);
+    EXPECT_NEAR(inverseOf(form)[0], 36, 1e-7);
+    EXPECT_NEAR(inverseOf(form)[3 + 3 * 6], 3628800, 0.1);
 }
 
 TEST(LuForm, SolvesForEachColumn) {
@@ -165,14 +171,14 @@ TEST(LuForm, NotANumberFlowsThrough) {
     form.factorise(Numbers{std::nan(""), std::nan(""), 1, 2}, 2);
     EXPECT_TRUE(std::isnan(form.determinant()));
     form.factorise(Numbers(16, std::nan("")), 4);
-    EXPECT_TRUE(std::isnan(form.inverse()[5]));
+    EXPECT_TRUE(std::isnan(inverseOf(form)[5]));
     form.factorise(Numbers(16, HUGE_VAL), 4);
 }
 
 TEST(LuForm, IsEmptyBeforeTheFirstMatrix) {
     LuForm form;
     EXPECT_EQ(form.order(), 0u);
-    EXPECT_TRUE(form.inverse().empty());
+    EXPECT_TRUE(inverseOf(form).empty());
     Numbers b = {1, 2};
     form.solve(b);
     EXPECT_EQ(b, (Numbers{1, 2}));
@@ -238,7 +244,7 @@ TEST(LuForm, LargeSystemsAreSolved) {
     const Numbers matrix = randomMatrix(n, 7);
     LuForm form;
     form.factorise(matrix, n);
-    const Numbers inverse = form.inverse();
+    const Numbers inverse = inverseOf(form);
     for (std::size_t i = 0; i < n; i += 17)
         for (std::size_t j = 0; j < n; j += 13) {
             double sum = 0;
