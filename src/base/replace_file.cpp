@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "base/replace_file.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -40,9 +44,21 @@ fs::path temporaryName(const fs::path& target) {
     return target.string() + "." + std::to_string(generator() % 1'000'000'000u) + ".tmp";
 }
 
+/// Waits until what was written to a file is on the disk; false when it could
+/// not be written there.
+bool reachesDisk(const fs::path& path) {
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0) return false;
+    // Systems of files without a disk have nothing to wait for.
+    const bool done = fsync(file) == 0 || errno == EINVAL || errno == EROFS;
+    close(file);
+    return done;
+}
+
 }  // namespace
 
-bool replaceFile(const std::string& path, const std::function<void(std::ostream&)>& write) {
+bool replaceFile(const std::string& path, const std::function<void(std::ostream&)>& write,
+                 Durability durability) {
     std::error_code failure;
     fs::path target(path);
     if (fs::is_symlink(target, failure)) {
@@ -62,6 +78,7 @@ bool replaceFile(const std::string& path, const std::function<void(std::ostream&
     write(stream);
     stream.close();
     if (!stream) return false;
+    if (durability == Durability::synced && !reachesDisk(temporary.path())) return false;
     if (fs::exists(old)) fs::permissions(temporary.path(), old.permissions(), failure);
     return temporary.renameTo(target);
 }
