@@ -228,6 +228,11 @@ protected:
         }
     }
 
+    /// The value of an argument, in a workspace where it has no other place.
+    virtual Value* evaluateArgument(Evaluatable& argument, Workspaces& workspaces) {
+        return argument.pValue(workspaces.add(argument.type()).get());
+    }
+
 private:
     void evaluateArguments(std::span<FuncArgument> records, Workspaces& workspaces);
 
@@ -244,6 +249,8 @@ public:
     [[nodiscard]] GeneralBody body() const { return body_; }
 
 private:
+    Value* evaluateArgument(Evaluatable& argument, Workspaces& workspaces) override;
+
     GeneralBody body_;
 };
 
