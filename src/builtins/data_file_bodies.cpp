@@ -111,9 +111,8 @@ void saveValue(std::span<FuncArgument> arguments, ExtraOutputs, Value& out) {
     const std::string path = pathOf(nameArgument(arguments[0], "qsave"), false, valueExtension);
     const Value& value = argumentValue(arguments[1]);
     Require(canBeStored(value), "the lists are nested too deeply", "qsave");
-    writeWholeFile(
-        path, [&](std::ostream& stream) { writeValue(stream, value); }, "could not open output file",
-        "could not write the whole value", {});
+    writeWholeFile(path, [&](std::ostream& stream) { writeValue(stream, value); },
+                   "could not open output file", "could not write the whole value", {});
     out.assignInt(1);
 }
 
@@ -164,7 +163,8 @@ void loadTable(std::span<FuncArgument> arguments, ExtraOutputs extraOutputs, Val
     if (further == 0) return deliver(wholeTable(table), out);
     // All are made before any is stored, so that a failure leaves the targets.
     std::vector<DoubleValue> columns;
-    for (std::size_t c = 0; c <= further; ++c) columns.push_back(columnOf(table, static_cast<std::int64_t>(c)));
+    for (std::size_t c = 0; c <= further; ++c)
+        columns.push_back(columnOf(table, static_cast<std::int64_t>(c)));
     deliver(std::move(columns[0]), out);
     for (std::size_t c = 1; c <= further; ++c) deliver(std::move(columns[c]), *(*extraOutputs)[c - 1]);
 }

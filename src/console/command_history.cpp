@@ -18,7 +18,8 @@ std::string historyFile(const std::string& directory) { return toUtf8(directory 
 /// A line that is too long to be read back takes its place as an empty one, so
 /// that the lines behind it are found.
 std::string_view storedText(const std::string& line) {
-    return line.size() <= static_cast<std::size_t>(storedLengthLimit) ? std::string_view(line) : std::string_view();
+    return line.size() <= static_cast<std::size_t>(storedLengthLimit) ? std::string_view(line)
+                                                                      : std::string_view();
 }
 
 }  // namespace

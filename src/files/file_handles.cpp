@@ -93,7 +93,8 @@ void FileHandles::close(int id) {
 
 bool FileHandles::atEnd(int id) { return std::feof(checked(id).file.get()) != 0; }
 
-void FileHandles::readBytes(int id, std::int64_t count, const std::function<void(std::span<const char>)>& take) {
+void FileHandles::readBytes(int id, std::int64_t count,
+                            const std::function<void(std::span<const char>)>& take) {
     std::FILE* file = readable(id).file.get();
     std::array<char, 1 << 14> piece;
     while (count > 0 && !std::feof(file)) {

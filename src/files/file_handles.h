@@ -20,7 +20,7 @@ namespace vorpen {
 /// How a file is to be opened, as the mode text of the user says.
 struct OpenMode {
     bool binary = false;
-    bool write = false;       ///< also when appending
+    bool write = false;  ///< also when appending
     bool append = false;
     bool failureIsError = false;
     bool failureIsQuiet = false;

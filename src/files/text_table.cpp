@@ -63,7 +63,8 @@ public:
         if (digits == end_ || !(isDigit(*digits) || *digits == '.')) return false;
         const auto [last, failure] = std::from_chars(first, end_, x);
         if (failure == std::errc::invalid_argument) return false;
-        const bool cutExponent = last != end_ && (*last == 'e' || *last == 'E') && !holdsExponent(first, last);
+        const bool cutExponent =
+            last != end_ && (*last == 'e' || *last == 'E') && !holdsExponent(first, last);
         if (cutExponent) return false;
         if (failure == std::errc::result_out_of_range) {
             x = std::strtod(std::string(first, last).c_str(), nullptr);
@@ -73,14 +74,17 @@ public:
         return true;
     }
 
-    [[nodiscard]] std::size_t bytesTo(const TableReader& later) const { return static_cast<std::size_t>(later.at_ - at_); }
+    [[nodiscard]] std::size_t bytesTo(const TableReader& later) const {
+        return static_cast<std::size_t>(later.at_ - at_);
+    }
     [[nodiscard]] std::size_t bytesLeft() const { return static_cast<std::size_t>(end_ - at_); }
 
 private:
     [[nodiscard]] bool beginsNumber() const {
         if (atEnd()) return false;
         const char second = end_ - at_ > 1 ? at_[1] : '\0';
-        return isDigit(*at_) || ((*at_ == '.' || *at_ == '-') && isDigit(second)) || (*at_ == '-' && second == '.');
+        return isDigit(*at_) || ((*at_ == '.' || *at_ == '-') && isDigit(second)) ||
+               (*at_ == '-' && second == '.');
     }
 
     const char* at_;
@@ -121,8 +125,9 @@ NumberTable readTable(std::string_view text, std::int64_t wantedColumns, std::st
             reader.skipSeparators();
             double x;
             if (!reader.readNumber(x)) [[unlikely]]
-                raiseRuntimeError(std::string(shownName) + " has inconsistent format at line " + std::to_string(row),
-                                  "load");
+                raiseRuntimeError(
+                    std::string(shownName) + " has inconsistent format at line " + std::to_string(row),
+                    "load");
             table.numbers.push_back(x);
         }
         reader.skipLine();

@@ -31,7 +31,8 @@ struct NumberTable {
 /// @throws RuntimeError attributed to "load" when there are fewer columns than
 /// wanted, and when a row has fewer than the first; `shownName` is the name of
 /// the file in that message.
-[[nodiscard]] NumberTable readTable(std::string_view text, std::int64_t wantedColumns, std::string_view shownName);
+[[nodiscard]] NumberTable readTable(std::string_view text, std::int64_t wantedColumns,
+                                    std::string_view shownName);
 
 /// Reads numbers from the first line that begins with one, over all ends of
 /// lines, until something else stands.

@@ -17,14 +17,15 @@ struct Head {
 };
 
 void writeHead(std::ostream& out, const Head& head) {
-    for (const std::int32_t field : {head.size, head.nrow, head.mark, head.type}) writeLittleEndian(out, field);
+    for (const std::int32_t field : {head.size, head.nrow, head.mark, head.type})
+        writeLittleEndian(out, field);
 }
 
 /// False when the stream ends first. Of a size below 0 only that is read.
 bool readHead(std::istream& in, Head& head) {
     if (!readLittleEndian(in, head.size)) return false;
-    return head.size < 0 ||
-           (readLittleEndian(in, head.nrow) && readLittleEndian(in, head.mark) && readLittleEndian(in, head.type));
+    return head.size < 0 || (readLittleEndian(in, head.nrow) && readLittleEndian(in, head.mark) &&
+                             readLittleEndian(in, head.type));
 }
 
 bool isKind(std::int32_t type) { return type >= INTEGER_VAL && type <= LIST_VAL; }
