@@ -190,19 +190,24 @@ class PipedInput(Session):
             self.assertEqual(out.decode().split('\n')[-2], '2', opening)
 
 
-class Terminal(Session):
+class TerminalSession(Session):
     """The program on a terminal of its own."""
 
     def talk(self, keys, *options):
-        """Types the keys, each after the output has come to rest; the output as text."""
+        """Types the keys, each after a prompt, or with (pattern, keys) after what the pattern describes; the
+        output as text."""
         child, terminal = pty.fork()
         if child == 0:
             os.chdir(self.folder)
             os.execve(PROGRAM, [PROGRAM, '--home', self.folder] + list(options), environment(TERM='xterm-256color'))
         shown = ''
         for key in keys:
-            shown += self.read_until(terminal, r'> (\x1b\[0m)?$')
-            os.write(terminal, key.encode())
+            pattern, key = key if isinstance(key, tuple) else (r'> (\x1b\[0m)?$', key)
+            shown += self.read_until(terminal, pattern)
+            if callable(key):
+                key(child)
+            else:
+                os.write(terminal, key.encode())
         shown += self.read_until(terminal, None)
         _, status = os.waitpid(child, 0)
         os.close(terminal)
@@ -226,6 +231,8 @@ class Terminal(Session):
                 return shown
         self.fail('no answer in time: %r' % shown)
 
+
+class Terminal(TerminalSession):
     def test_prompt(self):
         shown = self.talk(['x=3\n', 'x+1\n', '\x04'], '--no-session')
         plain = re.sub(r'\x1b\[[0-9;]*m', '', shown).replace('\r', '').split('\n')

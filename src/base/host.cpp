@@ -6,9 +6,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
+#include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <thread>
+
+#include "base/encoding.h"
 
 extern char** environ;
 
@@ -20,6 +25,37 @@ int waitForStatus(pid_t process) {
     while (waitpid(process, &status, 0) < 0)
         if (errno != EINTR) return -1;
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+/// While it lives, the keys that end a program end only the one that is waited
+/// for.
+class KeysEndOnlyTheOther {
+public:
+    KeysEndOnlyTheOther() {
+        struct sigaction ignore {};
+        ignore.sa_handler = SIG_IGN;
+        for (std::size_t i = 0; i < signals.size(); ++i) sigaction(signals[i], &ignore, &before_[i]);
+    }
+    KeysEndOnlyTheOther(const KeysEndOnlyTheOther&) = delete;
+    KeysEndOnlyTheOther& operator=(const KeysEndOnlyTheOther&) = delete;
+    ~KeysEndOnlyTheOther() {
+        for (std::size_t i = 0; i < signals.size(); ++i) sigaction(signals[i], &before_[i], nullptr);
+    }
+
+    static constexpr std::array signals = {SIGINT, SIGQUIT};
+
+private:
+    std::array<struct sigaction, signals.size()> before_{};
+};
+
+/// What this program ignores, a program that it starts shall not.
+void setDefaultSignals(posix_spawnattr_t& attributes) {
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : KeysEndOnlyTheOther::signals) sigaddset(&signals, signal);
+    sigaddset(&signals, SIGXFSZ);
+    posix_spawnattr_setsigdefault(&attributes, &signals);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
 }
 
 }  // namespace
@@ -66,7 +102,7 @@ std::string Host::startDirectory() {
     return fault ? "/" : path.string();
 }
 
-int Host::runCommand(const std::string& command) { return runProgram("/bin/sh", {"-c", command}); }
+int Host::runCommand(const std::string& command) { return runProgram("/bin/sh", {"-c", toUtf8(command)}); }
 
 int Host::runProgram(const std::string& path, const std::vector<std::string>& arguments) {
     std::vector<char*> words{const_cast<char*>(path.c_str())};
@@ -75,8 +111,13 @@ int Host::runProgram(const std::string& path, const std::vector<std::string>& ar
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    setDefaultSignals(attributes);
+    const KeysEndOnlyTheOther guard;
     pid_t process = 0;
-    const int fault = posix_spawn(&process, path.c_str(), &actions, nullptr, words.data(), environ);
+    const int fault = posix_spawn(&process, path.c_str(), &actions, &attributes, words.data(), environ);
+    posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&actions);
     return fault ? -1 : waitForStatus(process);
 }

@@ -1,10 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "base/replace_file.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
-#include <fstream>
+#include <memory>
+#include <new>
 #include <random>
+#include <streambuf>
 #include <system_error>
+#include <utility>
 
 namespace vorpen {
 namespace {
@@ -40,9 +50,93 @@ fs::path temporaryName(const fs::path& target) {
     return target.string() + "." + std::to_string(generator() % 1'000'000'000u) + ".tmp";
 }
 
+/// A file to write to. What goes to the system begins at a multiple of the
+/// page size in the file and in memory: where the one lies a few bytes behind
+/// the other, as numbers do behind the head of a file, copying takes up to
+/// three times as long on current processors.
+class OutputFile final : public std::streambuf {
+public:
+    explicit OutputFile(const fs::path& path)
+        : file_(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)),
+          buffer_(static_cast<char*>(std::aligned_alloc(pageBytes, bufferBytes))) {
+        if (!buffer_) throw std::bad_alloc();
+    }
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+    ~OutputFile() override {
+        if (file_ >= 0) close(file_);
+    }
+
+    [[nodiscard]] bool isOpen() const { return file_ >= 0; }
+
+    /// Passes everything on and closes the file; false when it was not stored.
+    [[nodiscard]] bool finish(Durability durability) {
+        bool stored = passOn();
+        // Where there is no disk, there is nothing to wait for.
+        if (stored && durability == Durability::synced)
+            stored = fsync(file_) == 0 || errno == EINVAL || errno == EROFS;
+        return close(std::exchange(file_, -1)) == 0 && stored;
+    }
+
+protected:
+    int_type overflow(int_type c) override {
+        if (used_ == bufferBytes && !passOn()) return traits_type::eof();
+        if (c != traits_type::eof()) buffer_.get()[used_++] = traits_type::to_char_type(c);
+        return traits_type::not_eof(c);
+    }
+    std::streamsize xsputn(const char* bytes, std::streamsize count) override {
+        std::streamsize taken = 0;
+        while (taken < count) {
+            if (used_ == bufferBytes && !passOn()) break;
+            const std::size_t piece = std::min(bufferBytes - used_, static_cast<std::size_t>(count - taken));
+            std::memcpy(buffer_.get() + used_, bytes + taken, piece);
+            used_ += piece;
+            taken += static_cast<std::streamsize>(piece);
+        }
+        return taken;
+    }
+    int sync() override { return passOn() ? 0 : -1; }
+
+private:
+    static constexpr std::size_t pageBytes = 4096;
+    // Stays in the second-level cache, and is long enough that the system
+    // takes large pages for the file.
+    static constexpr std::size_t bufferBytes = std::size_t{1} << 20;
+
+    bool passOn() {
+        const char* next = buffer_.get();
+        for (std::size_t rest = std::exchange(used_, 0); rest > 0 && !failed_;) {
+            const ssize_t written = write(file_, next, rest);
+            if (written > 0) {
+                next += written;
+                rest -= static_cast<std::size_t>(written);
+            } else if (written == 0 || errno != EINTR) {
+                failed_ = true;
+            }
+        }
+        return !failed_;
+    }
+
+    struct Free {
+        void operator()(char* block) const { std::free(block); }
+    };
+    int file_;
+    std::unique_ptr<char, Free> buffer_;
+    std::size_t used_ = 0;
+    bool failed_ = false;
+};
+
+/// False when not all could be stored.
+bool writeAll(OutputFile& file, const std::function<void(std::ostream&)>& write, Durability durability) {
+    std::ostream stream(&file);
+    write(stream);
+    return stream.good() && file.finish(durability);
+}
+
 }  // namespace
 
-bool replaceFile(const std::string& path, const std::function<void(std::ostream&)>& write) {
+bool replaceFile(const std::string& path, const std::function<void(std::ostream&)>& write,
+                 Durability durability) {
     std::error_code failure;
     fs::path target(path);
     if (fs::is_symlink(target, failure)) {
@@ -51,17 +145,12 @@ bool replaceFile(const std::string& path, const std::function<void(std::ostream&
     }
     const fs::file_status old = fs::status(target, failure);
     if (fs::exists(old) && !fs::is_regular_file(old)) {
-        std::ofstream device(target, std::ios::binary);
-        if (device) write(device);
-        device.close();
-        return static_cast<bool>(device);
+        OutputFile device(target);
+        return device.isOpen() && writeAll(device, write, Durability::ofProgram);
     }
     TemporaryFile temporary(temporaryName(target));
-    std::ofstream stream(temporary.path(), std::ios::binary | std::ios::trunc);
-    if (!stream) return false;
-    write(stream);
-    stream.close();
-    if (!stream) return false;
+    OutputFile file(temporary.path());
+    if (!file.isOpen() || !writeAll(file, write, durability)) return false;
     if (fs::exists(old)) fs::permissions(temporary.path(), old.permissions(), failure);
     return temporary.renameTo(target);
 }

@@ -10,8 +10,10 @@
 #include "builtins/array_bodies.h"
 #include "builtins/clock_bodies.h"
 #include "builtins/constants.h"
+#include "builtins/data_file_bodies.h"
 #include "builtins/exact_bodies.h"
 #include "builtins/fit_bodies.h"
+#include "builtins/file_handle_bodies.h"
 #include "builtins/function_bodies.h"
 #include "builtins/integration_bodies.h"
 #include "builtins/language_bodies.h"
@@ -157,8 +159,8 @@ constexpr Row<IntBody> intFuncTable[] = {
     {"wait", builtin::waitMilliseconds},
     {"lower", lowerCase},
     absent<"grid", IntBody>,
-    absent<"fclose", IntBody>,
-    absent<"feof", IntBody>,
+    {"fclose", builtin::closeFile},
+    {"feof", builtin::endOfFile},
     {"bitweight", bitWeight},
 };
 
@@ -259,7 +261,7 @@ constexpr Row<BuiltinBody> vectorToIntTable[] = {
     absentOf<"wipe", VectorToIntBody, EMPTY_ARGUMENT>,
     {"trim", builtin::trim},
     {"sortrows", builtin::sortedRowOrder},
-    absentOf<"sysCommand", VectorToIntBody>,
+    {"sysCommand", builtin::runSystemCommand},
     absentOf<"useColour", VectorToIntBody>,
     {"unzipg", builtin::components},
     absentOf<"getline", VectorToIntBody>,
@@ -292,9 +294,9 @@ constexpr Row<BuiltinBody> twoArgTable[] = {
     {"union", builtin::unionOf},
     {"setminus", builtin::difference},
     {"setxor", builtin::symmetricDifference},
-    absentOf<"fopen", TwoArgBody>,
-    absentOf<"fread", TwoArgBody>,
-    absentOf<"fwrite", TwoArgBody>,
+    {"fopen", builtin::openFile},
+    {"fread", builtin::readFile},
+    {"fwrite", builtin::writeFile},
     {"swaprows", builtin::swapRows},
     {"solve", builtin::solveLinear},
     {"strfind", builtin::findText},
@@ -316,7 +318,7 @@ constexpr GeneralRow generalTable[] = {
     {"dir", builtin::listDirectory, 0, 1, WORD_FORM},
     {"list", builtin::makeList, 0, noLimit, ANY_ARGUMENT},
     {"split", builtin::split, 1, 3},
-    absentGeneral<"readtext">(1, 1),
+    {"readtext", builtin::readLines, 1, 1},
     {"complex", builtin::complexFromParts, 2, 2},
     {"fft", builtin::fourierForward, 1, 1, ANY_ARGUMENT},
     {"ifft", builtin::fourierBackward, 1, 1, ANY_ARGUMENT},
@@ -339,18 +341,18 @@ constexpr GeneralRow generalTable[] = {
     absentGeneral<"debug">(0, noLimit),
     absentGeneral<"createButton">(1, 3),
     absentGeneral<"menu">(2, 2, ANY_ARGUMENT),
-    absentGeneral<"dispfile">(1, 2),
+    {"dispfile", builtin::showFile, 1, 2},
     {"join", builtin::join, 1, 2, ANY_ARGUMENT},
     absentGeneral<"print">(1, 1),
-    absentGeneral<"save">(2, noLimit, ANY_ARGUMENT),
-    absentGeneral<"qsave">(2, 2),
-    absentGeneral<"writetext">(2, 2, ANY_ARGUMENT),
+    {"save", builtin::saveTable, 2, noLimit, ANY_ARGUMENT},
+    {"qsave", builtin::saveValue, 2, 2, ANY_ARGUMENT},
+    {"writetext", builtin::writeLines, 2, 2, ANY_ARGUMENT},
     {"pad", builtin::pad, 2, 4},
     absentGeneral<"snipImage">(2, 3),
     absentGeneral<"fplot">(1, 3),
     absentGeneral<"axis">(1, 4, EMPTY_ARGUMENT),
-    absentGeneral<"load">(1, 2),
-    absentGeneral<"qload">(1, 1),
+    {"load", builtin::loadTable, 1, 2},
+    {"qload", builtin::loadValue, 1, 1, TYPED_BY_FILE},
     {"slf", builtin::straightLineFit, 2, 4},
     absentGeneral<"debugtest">(0, noLimit),
     absentGeneral<"property">(2, 3, WORD_FORM),

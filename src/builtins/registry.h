@@ -49,7 +49,8 @@ enum BuiltinTrait : unsigned {
     END_OF_INDEX = 16,    ///< `end`, which the parser deals with
     THREAD_SAFE = 32,     ///< plain arithmetic that may run on worker threads
     NOT_AVAILABLE = 64,   ///< the body only says that it is not there yet
-    MAY_LEAVE_RESULT = 128,  ///< an assignment of the result may leave its target as it was
+    TYPED_BY_FILE = 128,  ///< the value in the file of that name tells the type of the result
+    MAY_LEAVE_RESULT = 256,  ///< an assignment of the result may leave its target as it was
 };
 
 /// One row of the registry.

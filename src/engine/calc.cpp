@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/calc.h"
 
+#include <exception>
+
 #include "base/errors.h"
 #include "builtins/engine_context.h"
+#include "engine/session.h"
 #include "eval/run_state.h"
 #include "frontend/function_declaration.h"
 #include "frontend/parser.h"
@@ -44,14 +47,34 @@ Calc::Calc(Host& host, bool isSecondary)
     context.evaluateText = [this](const std::string& text, DoubleValue& out) { evaluateText(text, out); };
     installGslErrorHandler();
     compiler_.setQueryHook([](std::span<const Token>) { raiseRuntimeError("help is not available yet"); });
-    if (!isSecondary_) paths_.load(programDirectory_, host_);
+    if (!isSecondary_) loadFormerRun();
 }
 
 Calc::~Calc() {
-    if (!isSecondary_) paths_.save(programDirectory_);
+    if (!isSecondary_) saveForNextRun();
     engineContext() = EngineContext{};
     runState().reset();
     setConsole(nullptr);
+}
+
+void Calc::loadFormerRun() {
+    loadSession(programDirectory_, symbols_, host_);
+    history_.loadHistory(programDirectory_);
+    paths_.load(programDirectory_, host_);
+}
+
+void Calc::saveForNextRun() {
+    // Whatever happens to one of the files, the others are still written.
+    const auto attempt = [](const auto& save) {
+        try {
+            save();
+        } catch (const std::exception&) {
+            // out of memory: the former file stands
+        }
+    };
+    attempt([this] { saveSession(programDirectory_, symbols_, host_); });
+    attempt([this] { history_.saveHistory(programDirectory_); });
+    attempt([this] { paths_.save(programDirectory_); });
 }
 
 void Calc::beginInput(std::string_view text, char kind) {

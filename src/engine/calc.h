@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "base/host.h"
+#include "console/command_history.h"
 #include "console/console_text.h"
 #include "eval/user_func.h"
 #include "files/dir.h"
@@ -24,8 +25,9 @@ namespace vorpen {
 
 class Calc {
 public:
-    /// A primary engine loads the path list from the program's directory and
-    /// saves it at its end; a secondary one keeps to itself.
+    /// A primary engine loads the variables, the typed lines and the path list
+    /// of the run before from the program's directory and saves them at its
+    /// end; a secondary one keeps to itself.
     explicit Calc(Host& host, bool isSecondary = false);
     ~Calc();
     Calc(const Calc&) = delete;
@@ -43,10 +45,14 @@ public:
     [[nodiscard]] Host& host() { return host_; }
     [[nodiscard]] ConsoleText& console() { return console_; }
     [[nodiscard]] Dir& paths() { return paths_; }
+    /// The typed lines. Whoever takes a line from the user adds it.
+    [[nodiscard]] CommandHistory& history() { return history_; }
     [[nodiscard]] SymbolTable& symbols() { return symbols_; }
     [[nodiscard]] UserFunctionTable& functions() { return functions_; }
 
 private:
+    void loadFormerRun();
+    void saveForNextRun();
     StatementPtr compileInput();
     void printError(const std::string& message);
     void printMessage(const std::string& message);
@@ -56,6 +62,7 @@ private:
     const bool isSecondary_;
     const std::string programDirectory_;
     ConsoleText console_;
+    CommandHistory history_;
     Dir paths_;
     UserInput input_;
     UserFunctionTable functions_;

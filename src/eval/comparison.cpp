@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "eval/comparison.h"
 
+#include <algorithm>
+#include <utility>
+#include <vector>
+
 #include "base/errors.h"
 #include "eval/indexing.h"
 
@@ -101,19 +105,13 @@ const Value& anyValue(Evaluatable& element, Workspace& workspace) {
     return *element.pValue(workspace.get());
 }
 
-template <class T>
-bool sameItems(const JMatrix<T>& a, const JMatrix<T>& b) {
-    return a.size() == b.size() && a.nrow() == b.nrow() && a.mark() == b.mark() &&
-           std::equal(a.data(), a.data() + a.size(), b.data());
+bool sameShape(const Value& a, const Value& b) {
+    return a.size() == b.size() && a.nrow() == b.nrow() && a.mark() == b.mark();
 }
 
-bool identical(const Value& a, const Value& b);
-
-bool sameLists(const ListValue& a, const ListValue& b) {
-    if (a.size() != b.size() || a.nrow() != b.nrow() || a.mark() != b.mark()) return false;
-    return std::equal(a.data(), a.data() + a.size(), b.data(), [](const ListItem& x, const ListItem& y) {
-        return x.get() && y.get() ? identical(*x.get(), *y.get()) : x.get() == y.get();
-    });
+template <class T>
+bool sameItems(const JMatrix<T>& a, const JMatrix<T>& b) {
+    return sameShape(a, b) && std::equal(a.data(), a.data() + a.size(), b.data());
 }
 
 bool sameNumbers(const IntValue& a, const DoubleValue& b) {
@@ -121,18 +119,40 @@ bool sameNumbers(const IntValue& a, const DoubleValue& b) {
            std::equal(a.data(), a.data() + a.size(), b.data());
 }
 
-bool identical(const Value& a, const Value& b) {
+/// For values that are no lists.
+bool sameArrays(const Value& a, const Value& b) {
     if (a.valueType() == b.valueType()) {
         switch (a.valueType()) {
             case INTEGER_VAL: return sameItems<int>(asInt(a), asInt(b));
             case DOUBLE_VAL: return sameItems<double>(asDouble(a), asDouble(b));
-            case COMPLEX_VAL: return sameItems<std::complex<double>>(asComplex(a), asComplex(b));
-            default: return sameLists(static_cast<const ListValue&>(a), static_cast<const ListValue&>(b));
+            default: return sameItems<std::complex<double>>(asComplex(a), asComplex(b));
         }
     }
     if (a.valueType() == INTEGER_VAL && b.valueType() == DOUBLE_VAL) return sameNumbers(asInt(a), asDouble(b));
     if (a.valueType() == DOUBLE_VAL && b.valueType() == INTEGER_VAL) return sameNumbers(asInt(b), asDouble(a));
     return false;
+}
+
+bool identical(const Value& first, const Value& second) {
+    if (first.valueType() != LIST_VAL) return sameArrays(first, second);
+    // Pairs of items wait in a heap block and not on the stack, since lists
+    // may be nested to any depth.
+    std::vector<std::pair<const Value*, const Value*>> waiting{{&first, &second}};
+    while (!waiting.empty()) {
+        const auto [a, b] = waiting.back();
+        waiting.pop_back();
+        if (!a || !b) {
+            if (a != b) return false;
+        } else if (a->valueType() == LIST_VAL && b->valueType() == LIST_VAL) {
+            if (!sameShape(*a, *b)) return false;
+            const auto& x = static_cast<const ListValue&>(*a);
+            const auto& y = static_cast<const ListValue&>(*b);
+            for (int i = x.size() - 1; i >= 0; --i) waiting.emplace_back(x[i].get(), y[i].get());
+        } else if (!sameArrays(*a, *b)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include "base/errors.h"
 #include "eval/elements.h"
+#include "eval/indexing.h"
 
 namespace vorpen {
 namespace {
@@ -238,8 +239,18 @@ void MultiInputOutput_Element::evaluateArguments(std::span<FuncArgument> records
         if (leading)
             records[i].function = &argument;
         else
-            records[i].value = argument.pValue(workspaces.add(argument.type()).get());
+            records[i].value = evaluateArgument(argument, workspaces);
     }
+}
+
+Value* GeneralFuncElement::evaluateArgument(Evaluatable& argument, Workspaces& workspaces) {
+    if (argument.elementKind() != ElementKind::listItem || argument.type() != UNKNOWN_VAL)
+        return MultiInputOutput_Element::evaluateArgument(argument, workspaces);
+    // Bodies that take any argument take an item of any kind.
+    const Value& item = static_cast<ListItemElement&>(argument).fetchItem();
+    Value* copy = workspaces.add(item.valueType()).get();
+    copy->copyFrom(item);
+    return copy;
 }
 
 void GeneralFuncElement::run(ExtraOutputs extraOutputs, Value& out) {

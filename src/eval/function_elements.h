@@ -228,6 +228,11 @@ protected:
         }
     }
 
+    /// The value of an argument, in a workspace where it has no other place.
+    virtual Value* evaluateArgument(Evaluatable& argument, Workspaces& workspaces) {
+        return argument.pValue(workspaces.add(argument.type()).get());
+    }
+
 private:
     void evaluateArguments(std::span<FuncArgument> records, Workspaces& workspaces);
 
@@ -248,6 +253,8 @@ public:
     [[nodiscard]] bool mayLeaveResult() const { return mayLeaveResult_; }
 
 private:
+    Value* evaluateArgument(Evaluatable& argument, Workspaces& workspaces) override;
+
     GeneralBody body_;
     bool mayLeaveResult_;
 };

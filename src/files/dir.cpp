@@ -7,6 +7,7 @@
 #include <fstream>
 #include <system_error>
 
+#include "base/counted_string.h"
 #include "base/encoding.h"
 #include "base/errors.h"
 #include "base/little_endian.h"
@@ -21,9 +22,6 @@ constexpr std::string_view pathFileName = "vorpen_cd.bin";
 
 /// The path file is read by programs that have room for this many records.
 constexpr std::size_t storedPathLimit = 20;
-
-/// A length field above this can only come from damage.
-constexpr std::int32_t storedLengthLimit = 100001;
 
 std::string nameFromSystem(const std::string& name) { return isValidUtf8(name) ? fromUtf8(name) : name; }
 
@@ -129,7 +127,7 @@ void Dir::save(const std::string& directory) const {
     };
     // The path list is a convenience; a program directory that cannot be
     // written must not keep the user from leaving.
-    static_cast<void>(replaceFile(pathFile(directory), write));
+    static_cast<void>(replaceFile(pathFile(directory), write, Durability::synced));
 }
 
 void Dir::load(const std::string& directory, Host& host) {
@@ -146,21 +144,6 @@ void Dir::load(const std::string& directory, Host& host) {
     }
     if (!text) host.messageBox("vorpen startup", "problem loading path list");
     changed();
-}
-
-std::optional<std::string> readCountedString(std::istream& in) {
-    std::int32_t length = 0;
-    if (!readLittleEndian(in, length)) return std::nullopt;
-    if (length < 0 || length > storedLengthLimit) return std::string();
-    std::string text(static_cast<std::size_t>(length) + 1, '\0');
-    if (!in.read(text.data(), static_cast<std::streamsize>(text.size()))) return std::nullopt;
-    text.resize(std::min(text.find('\0'), text.size()));
-    return text;
-}
-
-void writeCountedString(std::ostream& out, std::string_view text) {
-    writeLittleEndian(out, static_cast<std::int32_t>(text.size()));
-    out.write(text.data(), static_cast<std::streamsize>(text.size())).put('\0');
 }
 
 }  // namespace vorpen

@@ -9,7 +9,6 @@
 // the calls of the file system.
 
 #include <functional>
-#include <iosfwd>
 #include <optional>
 #include <set>
 #include <string>
@@ -85,11 +84,5 @@ private:
     std::vector<std::string> scriptDirectories_;
     std::function<void()> observer_;
 };
-
-/// A text as the path file stores it: a 32-bit length, the characters, a NUL.
-/// Lengths that no path has, below 0 or above 100001, give the empty string
-/// and read nothing further. Nothing at the end of the file.
-[[nodiscard]] std::optional<std::string> readCountedString(std::istream& in);
-void writeCountedString(std::ostream& out, std::string_view text);
 
 }  // namespace vorpen

@@ -82,6 +82,8 @@ std::string_view fileNameOf(std::string_view path) {
 std::string composeFullName(std::string_view current, std::string_view name,
                             std::string_view defaultExtension, char separator) {
     Require(!name.empty(), "missing or empty file name");
+    // The system would take what stands before it for the name.
+    Require(name.find('\0') == name.npos, "invalid file name");
     std::string file = withSeparator(name, separator);
     if (!defaultExtension.empty() && file.find('.') == file.npos) file.append(".").append(defaultExtension);
     std::string path = isAbsolutePath(file) ? file

@@ -48,7 +48,8 @@ inline constexpr std::size_t pathLengthLimit = 259;
 
 /// The full path of a name as a user types it, relative to `current`. The
 /// extension (may be empty) is added to a name without any ".".
-/// @throws RuntimeError for an empty name and for a path that is too long.
+/// @throws RuntimeError for an empty name, for a character of code 0 in it and
+/// for a path that is too long.
 [[nodiscard]] std::string composeFullName(std::string_view current, std::string_view name,
                                           std::string_view defaultExtension, char separator);
 

@@ -5,6 +5,7 @@
 #include <variant>
 
 #include "base/errors.h"
+#include "builtins/data_file_bodies.h"
 #include "eval/elements.h"
 #include "eval/function_elements.h"
 
@@ -88,6 +89,15 @@ void checkTypes(std::vector<EvaluatablePtr>& arguments) {
     }
 }
 
+/// The static type of a call. A value that is read from a file which is there
+/// already has its kind.
+int resultTypeOf(const BuiltinInfo& builtin, const std::vector<EvaluatablePtr>& arguments) {
+    if (!builtin.has(TYPED_BY_FILE)) return builtin.resultType;
+    const auto* name = dynamic_cast<const StringLiteralElement*>(arguments.front().get());
+    if (!name) return builtin.resultType;
+    return builtin::typeOfStoredValue(name->text()).value_or(static_cast<ValueType>(builtin.resultType));
+}
+
 EvaluatablePtr takeOr(std::vector<EvaluatablePtr>& arguments, std::size_t i) {
     return i < arguments.size() ? std::move(arguments[i]) : nullptr;
 }
@@ -131,10 +141,12 @@ EvaluatablePtr makeGeneralFunction(const BuiltinInfo& builtin, std::vector<Evalu
         case FUNCTOR:
             return std::make_unique<SimpleFunctorElement>(std::move(first), std::move(second),
                                                           std::get<FunctorBody>(builtin.body));
-        case GENERAL:
-            return std::make_unique<GeneralFuncElement>(std::move(arguments), builtin.resultType,
+        case GENERAL: {
+            const int type = resultTypeOf(builtin, arguments);
+            return std::make_unique<GeneralFuncElement>(std::move(arguments), type,
                                                         std::get<GeneralBody>(builtin.body),
                                                         builtin.has(MAY_LEAVE_RESULT));
+        }
         default: throw SyntaxError{"vorpen bug: AppendFunc called with wrong function type"};
     }
 }

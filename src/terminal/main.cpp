@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <string>
@@ -80,7 +81,12 @@ bool runAll(const Options& options, bool atPrompt, TypedSession& session, TextIn
     return atPrompt ? promptForLines(session, input, output) : typePipedLines(session, input);
 }
 
+/// A file that would grow beyond the limit of the user's shell is then a
+/// failed write like any other and not the end of the program.
+void outliveFileSizeLimit() { signal(SIGXFSZ, SIG_IGN); }
+
 ExitStatus runSession(const Options& options) {
+    outliveFileSizeLimit();
     const bool onTerminal = isatty(STDOUT_FILENO);
     const bool atPrompt = options.lines.empty() && !options.script && isatty(STDIN_FILENO) && onTerminal;
     TextOutput output(STDOUT_FILENO, onTerminal);

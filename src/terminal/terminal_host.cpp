@@ -111,10 +111,11 @@ void TerminalHost::messageBox(std::string_view title, std::string_view text) {
 }
 
 bool TerminalHost::ask(std::string_view title, std::string_view text, bool safe) {
-    if (!isatty(STDIN_FILENO) || !isatty(STDERR_FILENO)) {
+    if (!isatty(STDIN_FILENO) || !isatty(STDERR_FILENO) || SignalsEndWait::mustLeave()) {
         messageBox(title, text);
         return safe;
     }
+    const SignalsEndWait guard(input_);
     for (;;) {
         beforeWait();
         writeToStandardError(toUtf8(std::string(title) + ": " + std::string(text) + " [y/n] "));

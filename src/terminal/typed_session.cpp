@@ -15,7 +15,11 @@ TypedSession::TypedSession(Calc& calc, bool echo, LineSink sink) : calc_(calc), 
 
 TypedSession::~TypedSession() { calc_.console().setLineListener({}); }
 
-bool TypedSession::typeLine(std::string_view utf8) { return run(fromUtf8(utf8)); }
+bool TypedSession::typeLine(std::string_view utf8) {
+    const std::string line = fromUtf8(utf8);
+    calc_.history().add(line);
+    return run(line);
+}
 
 bool TypedSession::runScript(const std::string& path) {
     std::string name = path;

@@ -26,7 +26,8 @@ public:
     TypedSession& operator=(const TypedSession&) = delete;
     ~TypedSession();
 
-    /// Types one line, given in UTF-8; false when it failed.
+    /// Types one line, given in UTF-8, and adds it to the history; false when
+    /// it failed.
     bool typeLine(std::string_view utf8);
 
     /// Changes to the directory of a script and runs it by the command `use`.

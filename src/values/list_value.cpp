@@ -1,10 +1,60 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "values/list_value.h"
 
+#include <algorithm>
+#include <utility>
+#include <vector>
+
 #include "base/errors.h"
 #include "values/mathmatrix.h"
 
 namespace vorpen {
+namespace {
+
+bool holdsLists(const ListValue& list) {
+    return std::ranges::any_of(list.items(), &ListItem::holdsList);
+}
+
+/// A copy of a list with all lists inside it.
+std::unique_ptr<Value> copyNested(const ListValue& source) {
+    auto top = std::make_unique<ListValue>();
+    std::vector<std::pair<const ListValue*, ListValue*>> waiting{{&source, top.get()}};
+    while (!waiting.empty()) {
+        const auto [from, to] = waiting.back();
+        waiting.pop_back();
+        to->setSizeShapeMark(from->size(), from->nrow(), from->mark());
+        for (int i = 0; i < from->size(); ++i) {
+            const Value* item = (*from)[i].get();
+            if ((*from)[i].holdsList()) {
+                auto inner = std::make_unique<ListValue>();
+                waiting.emplace_back(static_cast<const ListValue*>(item), inner.get());
+                (*to)[i].set(std::move(inner));
+            } else if (item) {
+                (*to)[i].set(newValueCopy(*item));
+            }
+        }
+    }
+    return top;
+}
+
+}  // namespace
+
+std::unique_ptr<Value> ListItem::copyOf(const ListItem& other) {
+    if (other.holdsList()) return copyNested(static_cast<const ListValue&>(*other.value_));
+    return other.value_ ? newValueCopy(*other.value_) : nullptr;
+}
+
+void ListItem::freeNested(std::unique_ptr<Value> list) noexcept {
+    if (!holdsLists(static_cast<const ListValue&>(*list))) return;
+    std::vector<std::unique_ptr<Value>> waiting;
+    waiting.push_back(std::move(list));
+    while (!waiting.empty()) {
+        const std::unique_ptr<Value> emptied = std::move(waiting.back());
+        waiting.pop_back();
+        for (ListItem& item : static_cast<ListValue&>(*emptied).items())
+            if (item.holdsList()) waiting.push_back(std::move(item.value_));
+    }
+}
 
 void ListValue::assignSame(const Value& source) { fillOne(ListItem(newValueCopy(source))); }
 

@@ -9,7 +9,9 @@
 
 namespace vorpen {
 
-/// Owns a value, possibly none; copying makes a deep copy.
+/// Owns a value, possibly none; copying makes a deep copy. However deeply lists
+/// are nested, an item is copied and freed without recursion, so that no list
+/// that fits memory can exhaust the stack.
 class ListItem {
 public:
     ListItem() = default;
@@ -17,19 +19,28 @@ public:
     ListItem(const ListItem& other) : value_(copyOf(other)) {}
     ListItem(ListItem&&) noexcept = default;
     ListItem& operator=(const ListItem& other) {
-        if (this != &other) value_ = copyOf(other);
+        if (this != &other) set(copyOf(other));
         return *this;
     }
-    ListItem& operator=(ListItem&&) noexcept = default;
+    ListItem& operator=(ListItem&& other) noexcept {
+        if (this != &other) set(std::move(other.value_));
+        return *this;
+    }
+    ~ListItem() {
+        if (holdsList()) freeNested(std::move(value_));
+    }
 
     [[nodiscard]] Value* get() const { return value_.get(); }
-    void set(std::unique_ptr<Value> value) { value_ = std::move(value); }
+    void set(std::unique_ptr<Value> value) {
+        std::swap(value_, value);
+        if (value && value->valueType() == LIST_VAL) freeNested(std::move(value));
+    }
+    [[nodiscard]] bool holdsList() const { return value_ && value_->valueType() == LIST_VAL; }
     [[nodiscard]] int itemSize() const { return value_ ? value_->size() : 0; }
 
 private:
-    static std::unique_ptr<Value> copyOf(const ListItem& other) {
-        return other.value_ ? newValueCopy(*other.value_) : nullptr;
-    }
+    static std::unique_ptr<Value> copyOf(const ListItem& other);
+    static void freeNested(std::unique_ptr<Value> list) noexcept;
     std::unique_ptr<Value> value_;
 };
 

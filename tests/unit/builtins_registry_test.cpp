@@ -164,11 +164,12 @@ std::set<std::string> namesWith(BuiltinTrait trait) {
 
 TEST(Registry, TraitsOfSingleFunctions) {
     EXPECT_EQ(namesWith(ANY_ARGUMENT),
-              (std::set<std::string>{"list", "fft", "ifft", "cdiag", "disp", "menu", "join", "save", "writetext"}));
+              (std::set<std::string>{"list", "fft", "ifft", "cdiag", "disp", "menu", "join", "save", "qsave", "writetext"}));
     EXPECT_EQ(namesWith(LOGICAL), (std::set<std::string>{"all", "any"}));
     EXPECT_EQ(namesWith(WORD_FORM), (std::set<std::string>{"cd", "dir", "property"}));
     EXPECT_EQ(namesWith(EMPTY_ARGUMENT), (std::set<std::string>{"figure", "wipe", "figpos", "getmouse", "getclick", "axis"}));
     EXPECT_EQ(namesWith(END_OF_INDEX), (std::set<std::string>{"end"}));
+    EXPECT_EQ(namesWith(TYPED_BY_FILE), (std::set<std::string>{"qload"}));
     // Functions that may warn stay on the main thread.
     for (const char* name : {"besselj0", "besselj1", "airy", "erfinv", "zeta"})
         EXPECT_FALSE(info(name).has(THREAD_SAFE)) << name;
@@ -199,16 +200,13 @@ TEST(Registry, FunctionsThatAreNotAvailableYet) {
     EXPECT_EQ(namesWith(NOT_AVAILABLE),
               (std::set<std::string>{
                   // windows and the console
-                  "fix", "unfix", "help", "update", "getkeyb", "getch", "getline", "sysCommand", "property", "debug",
+                  "fix", "unfix", "help", "update", "getkeyb", "getch", "getline", "property", "debug",
                   "messageBox", "menu", "createButton", "debugtest",
                   // figures
                   "figure", "qplot", "subplot", "close", "grid", "getmouse", "setmouse", "getclick", "figpos", "wipe",
                   "useColour", "dragable", "replot_move", "circle", "getpixel", "loadBitmap", "plot", "loglog",
                   "semilogx", "semilogy", "errbar", "barchart", "replot", "text", "title", "xlabel", "ylabel", "fill",
-                  "print", "snipImage", "fplot", "axis", "set",
-                  // files
-                  "fclose", "feof", "fopen", "fread", "fwrite", "readtext", "writetext", "load", "save", "qsave",
-                  "qload", "dispfile"}));
+                  "print", "snipImage", "fplot", "axis", "set"}));
 }
 
 TEST(Registry, AFunctionThatIsNotAvailableSaysSo) {

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/counted_string.h"
 #include "base/errors.h"
 #include "base/little_endian.h"
 #include "base/replace_file.h"
