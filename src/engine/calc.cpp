@@ -34,6 +34,7 @@ Calc::Calc(Host& host, bool isSecondary)
       paths_(host.startDirectory()),
       input_(paths_),
       symbols_(functions_),
+      resources_(symbols_, input_),
       compiler_(symbols_, input_) {
     setConsole(&console_);
     runState().reset();
@@ -43,6 +44,9 @@ Calc::Calc(Host& host, bool isSecondary)
     context.paths = &paths_;
     context.evaluateText = [this](const std::string& text, DoubleValue& out) { evaluateText(text, out); };
     installGslErrorHandler();
+    resources_.addDirectory(programDirectory_);
+    resources_.addDirectory(host_.shareDirectory());
+    symbols_.setResourceLoader([this](const std::string& name) { return resources_.load(name); });
     compiler_.setQueryHook([](std::span<const Token>) { raiseRuntimeError("help is not available yet"); });
     if (!isSecondary_) paths_.load(programDirectory_, host_);
 }
@@ -80,6 +84,7 @@ StatementPtr Calc::compileInput() {
         return statement;
     } catch (...) {
         compiler_.reset();
+        resources_.dropIncomplete();
         input_.abandon();
         throw;
     }
@@ -128,10 +133,12 @@ void Calc::evaluateText(const std::string& text, DoubleValue& out) {
         auto statements = splitStatements(std::move(line), false);
         if (statements.size() != 1) throw SyntaxError{"one expression is wanted"};
         const EvaluatablePtr expression = Parser(symbols_).parseOperand(statements.front());
+        compilePendingFunctions(compiler_);
         if (expression->type() == COMPLEX_VAL || expression->type() == LIST_VAL) throw SyntaxError{"not a real value"};
         Workspace workspace(expression->type());
         out.copyFrom(*expression->pValue(workspace.get()));
     } catch (const SyntaxError&) {
+        resources_.dropIncomplete();
         raiseRuntimeError("Not yet implemented (Evaluate " + text + ")");
     }
 }

@@ -9,6 +9,7 @@
 #include "builtins/constants.h"
 #include "builtins/keywords.h"
 #include "eval/user_func.h"
+#include "frontend/resource_functions.h"
 
 namespace vorpen {
 namespace {
@@ -70,12 +71,12 @@ std::optional<double> SymbolTable::findConstant(std::string_view name) const {
 }
 
 Symbol SymbolTable::classifyFunction(std::string_view name) {
-    if (UserFunc* function = functions_.find(name)) return functionSymbol(function, nullptr);
-    if (loadResource_ && !isKeyword(name)) {
+    UserFunc* function = functions_.find(name);
+    if (loadResource_ && !isKeyword(name) && (!function || hasLostItsBody(*function))) {
         const GlobalLevel level(*this);
-        if (loadResource_(std::string(name)))
-            if (UserFunc* function = functions_.find(name)) return functionSymbol(function, nullptr);
+        if (loadResource_(std::string(name))) function = functions_.find(name);
     }
+    if (function) return functionSymbol(function, nullptr);
     if (const BuiltinInfo* builtin = findBuiltin(name)) return functionSymbol(nullptr, builtin);
     return {};
 }

@@ -65,8 +65,9 @@ public:
     using Globals = std::map<std::string, std::unique_ptr<Value>, std::less<>>;
     using Constants = std::map<std::string, double, std::less<>>;
 
-    /// Finds a function in a resource file and compiles it; answers whether
-    /// there is one. Called for names that nobody has defined.
+    /// Makes a function of a resource file known; answers whether there is
+    /// one. Called for names that nobody has defined, and for those that came
+    /// from such a file and have lost their bodies.
     using ResourceLoader = std::function<bool(const std::string& name)>;
     void setResourceLoader(ResourceLoader loader) { loadResource_ = std::move(loader); }
 
