@@ -81,6 +81,21 @@ Symbol SymbolTable::classifyFunction(std::string_view name) {
     return {};
 }
 
+/// What the user calls `mean` must not change what a resource file computes:
+/// there a function comes before a global, and constants are those of the
+/// language.
+Symbol SymbolTable::classifyInResource(std::string_view name) {
+    const auto isOfLanguage = [&](const NamedConstant& row) { return row.name == name; };
+    if (physicsConstants_.contains(name) || std::ranges::any_of(shortConstantRows, isOfLanguage))
+        if (const auto constant = findConstant(name)) return constantSymbol(*constant);
+    const UserFunc* known = functions_.find(name);
+    if (known && !known->desc().has(FUNCTION_RESOURCE))
+        if (const BuiltinInfo* builtin = findBuiltin(name)) return functionSymbol(nullptr, builtin);
+    if (const Symbol function = classifyFunction(name); function.isFunction()) return function;
+    Value* global = findGlobal(name);
+    return global ? variableSymbol(global, false) : Symbol();
+}
+
 Symbol SymbolTable::classify(std::string_view name) {
     for (auto binding = scope_.bindings.rbegin(); binding != scope_.bindings.rend(); ++binding)
         if (binding->first == name) return variableSymbol(binding->second, true);
@@ -94,6 +109,8 @@ Symbol SymbolTable::classify(std::string_view name) {
                 return constantSymbol(local->second);
         }
     }
+    if (scope_.function && !globalIsHere && scope_.function->desc().has(FUNCTION_RESOURCE))
+        return classifyInResource(name);
     if (Value* global = findGlobal(name)) return variableSymbol(global, globalIsHere);
     if (const auto constant = findConstant(name)) return constantSymbol(*constant);
     return classifyFunction(name);

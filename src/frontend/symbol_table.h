@@ -9,7 +9,9 @@
 //
 // There are two levels and no more: the global one, and the function that is
 // being compiled. A function sees globals for reading; it assigns to one only
-// after `global`. A resource file that is loaded in the middle of a function
+// after `global`. In a function of a resource file the names of functions come
+// before globals, so that it computes the same whatever the user has called
+// his variables. A resource file that is loaded in the middle of a function
 // puts the function's level aside and takes it back afterwards.
 
 #include <functional>
@@ -147,6 +149,7 @@ private:
     [[nodiscard]] Value* findGlobal(std::string_view name) const;
     [[nodiscard]] std::optional<double> findConstant(std::string_view name) const;
     [[nodiscard]] Symbol classifyFunction(std::string_view name);
+    [[nodiscard]] Symbol classifyInResource(std::string_view name);
     Value* replaceGlobal(std::string_view name, std::unique_ptr<Value> value);
     ClearResult clearConstant(std::string_view name);
     void clearVariable(std::string_view name);
