@@ -49,6 +49,11 @@ class Library(unittest.TestCase):
             for line in head.group(1).split('\n'):
                 self.assertLessEqual(len(line), CONSOLE_WIDTH, '%s: %s' % (name, line))
 
+    def test_each_is_listed(self):
+        with open(os.path.join(ROOT, 'docs/resource.md')) as f:
+            listed = re.findall(r'^\| `(?:\[.*?\] = )?(\w+)\(', f.read(), re.M)
+        self.assertEqual(sorted(listed), sorted(self.public))
+
     def test_no_built_in_function_is_hidden(self):
         with open(os.path.join(ROOT, 'src/builtins/registry.cpp')) as f:
             built_in = set(re.findall(r'["<]"?(\$?\w+)"', f.read()))

@@ -92,6 +92,7 @@ StatementPtr Calc::compileInput() {
 
 bool Calc::run() {
     symbols_.forgetRemoved();
+    resources_.beginInput();
     runState().start();
     runState().forgetNotedLine();
     try {
@@ -128,6 +129,7 @@ void Calc::printMessage(const std::string& message) {
 
 void Calc::evaluateText(const std::string& text, DoubleValue& out) {
     try {
+        resources_.beginInput();
         OneLine noFurtherLines;
         ScannedLine line = scanLine(text, noFurtherLines);
         auto statements = splitStatements(std::move(line), false);

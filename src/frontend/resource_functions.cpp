@@ -100,8 +100,12 @@ void ResourceFunctions::define(std::vector<Head> heads, const std::string& wante
 }
 
 bool ResourceFunctions::load(const std::string& name) {
+    if (missing_.contains(name)) return false;
     const std::optional<std::string> path = findFile(name);
-    if (!path) return false;
+    if (!path) {
+        missing_.insert(name);
+        return false;
+    }
     std::optional<InputSource> file = InputSource::openFile(*path);
     if (!file) fail("could not open resource file '" + name + std::string(extension) + "'");
     try {

@@ -15,9 +15,9 @@
 // what was read from the folder and calls them is read anew when it is named
 // again.
 
-#include <cstddef>
+#include <functional>
 #include <optional>
-#include <span>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,6 +38,11 @@ public:
     /// Looks into the folder "resource" of this directory, after those of the
     /// directories added before. An empty name adds nothing.
     void addDirectory(std::string_view directory);
+
+    /// To be called before an input is compiled: names that had no file may
+    /// have one now. Within an input each name is looked for once, as most are
+    /// those of built-in functions and come again and again.
+    void beginInput() { missing_.clear(); }
 
     /// Makes a function of a resource file known, with all others of its file;
     /// their bodies wait. False when no file defines it.
@@ -72,6 +77,7 @@ private:
     SymbolTable& symbols_;
     LexInput& input_;
     std::vector<std::string> folders_;
+    std::set<std::string, std::less<>> missing_;
 };
 
 /// True for a function of a resource file that has neither a body nor a chance
