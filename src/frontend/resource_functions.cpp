@@ -65,7 +65,10 @@ std::vector<ResourceFunctions::Head> ResourceFunctions::readHeads(InputSource& f
             const auto statements = splitStatements(scanLine(line->text, file), false);
             (void)parseHead(statements.front(), DefinitionMode::function, head.desc);
             head.desc.flags |= FUNCTION_RESOURCE;
-            head.source = {path, line->lineNumber, line->commentStartLine, false};
+            // A comment ahead of the function before is none of this one.
+            const int former = heads.empty() ? 0 : heads.back().source.line;
+            const int comment = line->commentStartLine > former ? line->commentStartLine : -1;
+            head.source = {path, line->lineNumber, comment, false};
             heads.push_back(std::move(head));
         }
     } catch (...) {
@@ -122,9 +125,9 @@ bool ResourceFunctions::load(const std::string& name) {
 void ResourceFunctions::dropIncomplete() {
     UserFunctionTable& table = symbols_.functions();
     const auto isUseless = [&](const UserFunc& function) {
-        return hasLostItsBody(function) || (isResource(function) && function.isPending() && !isCalled(table, function));
+        return isResource(function) && !function.hasBody() && !isCalled(table, function);
     };
-    // What is removed may leave others without a caller or without a body.
+    // What is removed may leave others without a body.
     for (auto names = namesOf(table, isUseless); !names.empty(); names = namesOf(table, isUseless))
         for (const auto& name : names) table.remove(name);
 }

@@ -51,8 +51,9 @@ public:
     /// and the name, or "vorpen resource defs do not match".
     bool load(const std::string& name);
 
-    /// After an input that failed: forgets functions that nothing calls and
-    /// that have no body, and those that lost theirs by the failure.
+    /// After an input that failed: forgets functions without a body that
+    /// nothing calls. One that something calls waits for its next naming, since
+    /// its removal would take the body of what the user has defined with it.
     void dropIncomplete();
 
     /// Removes all functions that came from resource files and prints their

@@ -116,6 +116,12 @@ Symbol SymbolTable::classify(std::string_view name) {
     return classifyFunction(name);
 }
 
+bool SymbolTable::isReserved(const Symbol& symbol) const {
+    const bool inResource = scope_.function && scope_.function->desc().has(FUNCTION_RESOURCE);
+    const bool isUsersOwn = symbol.userFunction && !symbol.userFunction->desc().has(FUNCTION_RESOURCE);
+    return symbol.isFunction() && !(inResource && isUsersOwn);
+}
+
 bool SymbolTable::clashesWithFunctionName(std::string_view name) const {
     return scope_.locals.contains(name) || findGlobal(name) || findConstant(name);
 }

@@ -77,6 +77,10 @@ public:
     /// function. May load a resource file; fails only when that file does.
     [[nodiscard]] Symbol classify(std::string_view name);
     [[nodiscard]] bool isConstant(std::string_view name) { return classify(name).isConstant(); }
+    /// True for a function whose name no loop and no multiple assignment may
+    /// take. In a resource file that is not so for those of the user, which it
+    /// knows nothing of.
+    [[nodiscard]] bool isReserved(const Symbol& symbol) const;
     /// True when a local, global or constant has the name, so that no user
     /// function may take it.
     [[nodiscard]] bool clashesWithFunctionName(std::string_view name) const;

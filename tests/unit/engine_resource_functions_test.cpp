@@ -136,11 +136,15 @@ TEST_F(ResourceFiles, MayCallEachOtherInALongChain) {
 }
 
 TEST_F(ResourceFiles, WithCarriageReturnsAndUtf8AreScriptsLikeAnyOther) {
-    write("sq.vrp", "##\r\nL\xc3\xa4nge zum Quadrat\r\n##\r\nfunction y = sq(x)\r\n    y = x^2;\r\nend\r\n");
+    write("sq.vrp",
+          "##\r\nL\xc3\xa4nge zum Quadrat\r\n##\r\nfunction y = sq(x)\r\n    y = x^2;\r\nend\r\n"
+          "function y = bare(x)\r\n    y = x;\r\nend\r\n");
     EXPECT_EQ(lastShown("sq(3)"), "9");
     const FunctionSource& source = calc_->functions().find("sq")->source();
     EXPECT_EQ(source.line, 4);
     EXPECT_EQ(source.commentStartLine, 1);
+    EXPECT_EQ(calc_->functions().find("bare")->source().line, 7);
+    EXPECT_EQ(calc_->functions().find("bare")->source().commentStartLine, -1);
     EXPECT_FALSE(source.typed);
     EXPECT_EQ(fs::path(source.text).filename(), "sq.vrp");
 }
