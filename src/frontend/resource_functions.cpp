@@ -56,7 +56,8 @@ std::optional<std::string> ResourceFunctions::findFile(std::string_view name) co
     return std::nullopt;
 }
 
-std::vector<ResourceFunctions::Head> ResourceFunctions::readHeads(InputSource& file, const std::string& path) {
+std::vector<ResourceFunctions::Head> ResourceFunctions::readHeads(InputSource& file,
+                                                                  const std::string& path) {
     std::vector<Head> heads;
     try {
         while (const auto line = file.scanForFunction()) {
@@ -113,7 +114,10 @@ bool ResourceFunctions::load(const std::string& name) {
     if (!file) fail("could not open resource file '" + name + std::string(extension) + "'");
     try {
         std::vector<Head> heads = readHeads(*file, *path);
-        if (std::ranges::none_of(heads, [&](const Head& head) { return head.desc.name == name; })) return false;
+        if (std::ranges::none_of(heads, [&](const Head& head) { return head.desc.name == name; })) {
+            missing_.insert(name);
+            return false;
+        }
         define(std::move(heads), name);
     } catch (...) {
         printLine("in file " + std::string(fileNameOf(*path)));

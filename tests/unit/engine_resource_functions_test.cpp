@@ -102,7 +102,8 @@ TEST_F(ResourceFiles, ThatCannotBeReadAreNamed) {
     fs::permissions(folder_ / "home/resource/secret.vrp", fs::perms::none);
     const std::string message = lastShown("secret(1)");
     // The superuser reads it all the same, and finds another name in it.
-    EXPECT_TRUE(message == "could not open resource file 'secret.vrp'" || message == "unrecognised name 'secret'")
+    EXPECT_TRUE(message == "could not open resource file 'secret.vrp'" ||
+                message == "unrecognised name 'secret'")
         << message;
     EXPECT_EQ(lastShown("1+1"), "2");
 }
@@ -130,7 +131,8 @@ TEST_F(ResourceFiles, MayCallEachOtherInALongChain) {
     for (int i = 0; i < count; ++i) {
         const std::string name = "link" + std::to_string(i);
         const std::string next = i + 1 < count ? "link" + std::to_string(i + 1) + "(x-1)" : "x";
-        write(name + ".vrp", "function y = " + name + "(x)\n    y = 0;\n    if x>0: y = 1+" + next + ";\nend\n");
+        write(name + ".vrp",
+              "function y = " + name + "(x)\n    y = 0;\n    if x>0: y = 1+" + next + ";\nend\n");
     }
     EXPECT_EQ(lastShown("link0(20)"), "20");
 }
