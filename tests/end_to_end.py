@@ -7,6 +7,7 @@ import os
 import pty
 import re
 import select
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -77,6 +78,25 @@ class Options(Session):
             out, err, status = self.run_program(*words, home=False)
             self.assertEqual((out, status), (b'', 2), words)
             self.assertTrue(err.startswith('vorpen-cli: '), err)
+
+    def test_functions_that_come_with_the_program(self):
+        self.assertEqual(self.shown('-e', 'gcd(12,18)'), ['6'])
+        self.write('resource/gcd.vrp', 'function y = gcd(a, b)\n    y = 1234;\nend\n')
+        self.assertEqual(self.shown('-e', 'gcd(12,18)'), ['1234'])
+
+    def test_functions_of_a_home_with_any_name(self):
+        self.folder = os.path.join(self.folder, 'Grüße {x}')
+        self.write('resource/sq.vrp', 'function y = sq(x)\n    y = x^2;\nend\n')
+        self.assertEqual(self.shown('-e', 'sq(3)'), ['9'])
+
+    def test_functions_of_a_program_that_was_moved(self):
+        moved = os.path.join(self.folder, 'prefix/bin/vorpen-cli')
+        os.makedirs(os.path.dirname(moved))
+        shutil.copy(PROGRAM, moved)
+        command = [moved, '--home', self.folder, '-e', 'moved(2)']
+        self.assertEqual(subprocess.run(command, capture_output=True, timeout=SECONDS).returncode, 1)
+        self.write('prefix/share/vorpen/resource/moved.vrp', 'function y = moved(x)\n    y = x;\nend\n')
+        self.assertEqual(subprocess.run(command, capture_output=True, timeout=SECONDS).stdout.strip(), b'2')
 
     def test_lines_of_e(self):
         self.assertEqual(self.shown('-e', 'x=3;', '-e', 'x+1'), ['4'])

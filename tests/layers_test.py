@@ -19,8 +19,8 @@ INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.M)
 WINDOW_LIBRARY = re.compile(r'^(Q[A-Z]\w*(\.h)?|Qt\w*/.*|q[a-z]+\.h)$')
 LICENCE = 'SPDX-License-Identifier: GPL-3.0-or-later'
 SOURCES = ('.h', '.cpp')
-LICENSED = SOURCES + ('.py', '.sh', '.cmake', '.lua', 'CMakeLists.txt')
-LICENSED_FOLDERS = ('src', 'tests', 'bench', 'scripts')
+LICENSED = SOURCES + ('.py', '.sh', '.cmake', '.lua', '.vrp', 'CMakeLists.txt')
+LICENSED_FOLDERS = ('src', 'tests', 'bench', 'scripts', 'resource')
 
 
 def files_below(folder, endings):

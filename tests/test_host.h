@@ -34,6 +34,7 @@ public:
     std::deque<std::string> typedLines;  ///< in UTF-8
     std::optional<std::string> clipboard;
     std::deque<std::string> folders;
+    std::string share;  ///< the directory of what comes with the program
 
     void messageBox(std::string_view title, std::string_view text) override {
         boxes.push_back({std::string(title), std::string(text)});
@@ -78,6 +79,7 @@ public:
 
     std::string startDirectory() override { return directory_; }
     std::string programDirectory() override { return directory_; }
+    std::string shareDirectory() override { return share; }
 
 private:
     template <class T>

@@ -82,6 +82,7 @@ std::vector<std::string> linesOfFile(const fs::path& path) {
 /// than expected.
 int playSteps(const Transcript& transcript, const fs::path& folder) {
     TestHost host(folder.string());
+    host.share = VORPEN_SHARE_DIRECTORY;
     Calc calc(host, true);
     std::vector<std::string> shown;
     TypedSession session(calc, false, [&](const std::string& line) {

@@ -102,6 +102,8 @@ std::string Host::startDirectory() {
     return fault ? "/" : path.string();
 }
 
+std::string Host::shareDirectory() { return {}; }
+
 int Host::runCommand(const std::string& command) { return runProgram("/bin/sh", {"-c", toUtf8(command)}); }
 
 int Host::runProgram(const std::string& path, const std::vector<std::string>& arguments) {

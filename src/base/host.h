@@ -60,6 +60,10 @@ public:
     /// helper programs and their results.
     virtual std::string programDirectory() = 0;
 
+    /// The directory of what comes with the program and is only read, such as
+    /// its own folder "resource"; empty when there is none.
+    virtual std::string shareDirectory();
+
     /// Runs a command of the system with an empty standard input and waits;
     /// answers its status.
     virtual int runCommand(const std::string& command);

@@ -37,6 +37,7 @@ Calc::Calc(Host& host, bool isSecondary)
       paths_(host.startDirectory()),
       input_(paths_),
       symbols_(functions_),
+      resources_(symbols_, input_),
       compiler_(symbols_, input_) {
     setConsole(&console_);
     runState().reset();
@@ -46,6 +47,9 @@ Calc::Calc(Host& host, bool isSecondary)
     context.paths = &paths_;
     context.evaluateText = [this](const std::string& text, DoubleValue& out) { evaluateText(text, out); };
     installGslErrorHandler();
+    resources_.addDirectory(programDirectory_);
+    resources_.addDirectory(host_.shareDirectory());
+    symbols_.setResourceLoader([this](const std::string& name) { return resources_.load(name); });
     compiler_.setQueryHook([](std::span<const Token>) { raiseRuntimeError("help is not available yet"); });
     if (!isSecondary_) loadFormerRun();
 }
@@ -103,6 +107,7 @@ StatementPtr Calc::compileInput() {
         return statement;
     } catch (...) {
         compiler_.reset();
+        resources_.dropIncomplete();
         input_.abandon();
         throw;
     }
@@ -110,6 +115,7 @@ StatementPtr Calc::compileInput() {
 
 bool Calc::run() {
     symbols_.forgetRemoved();
+    resources_.beginInput();
     runState().start();
     runState().forgetNotedLine();
     try {
@@ -146,15 +152,18 @@ void Calc::printMessage(const std::string& message) {
 
 void Calc::evaluateText(const std::string& text, DoubleValue& out) {
     try {
+        resources_.beginInput();
         OneLine noFurtherLines;
         ScannedLine line = scanLine(text, noFurtherLines);
         auto statements = splitStatements(std::move(line), false);
         if (statements.size() != 1) throw SyntaxError{"one expression is wanted"};
         const EvaluatablePtr expression = Parser(symbols_).parseOperand(statements.front());
+        compilePendingFunctions(compiler_);
         if (expression->type() == COMPLEX_VAL || expression->type() == LIST_VAL) throw SyntaxError{"not a real value"};
         Workspace workspace(expression->type());
         out.copyFrom(*expression->pValue(workspace.get()));
     } catch (const SyntaxError&) {
+        resources_.dropIncomplete();
         raiseRuntimeError("Not yet implemented (Evaluate " + text + ")");
     }
 }

@@ -18,6 +18,7 @@
 #include "eval/user_func.h"
 #include "files/dir.h"
 #include "frontend/input.h"
+#include "frontend/resource_functions.h"
 #include "frontend/statement_compiler.h"
 #include "frontend/symbol_table.h"
 
@@ -49,6 +50,7 @@ public:
     [[nodiscard]] CommandHistory& history() { return history_; }
     [[nodiscard]] SymbolTable& symbols() { return symbols_; }
     [[nodiscard]] UserFunctionTable& functions() { return functions_; }
+    [[nodiscard]] ResourceFunctions& resources() { return resources_; }
 
 private:
     void loadFormerRun();
@@ -67,6 +69,7 @@ private:
     UserInput input_;
     UserFunctionTable functions_;
     SymbolTable symbols_;
+    ResourceFunctions resources_;
     StatementCompiler compiler_;
     std::string pendingFailure_;  ///< of a script that could not be begun
 };

@@ -213,7 +213,7 @@ StatementPtr StatementCompiler::compileAssignment(bool indexed) {
 Value* StatementCompiler::multipleTarget(const std::string& name) {
     const Symbol symbol = symbols_.classify(name);
     if (symbol.isConstant()) failToCompile("you can't assign to a constant");
-    if (symbol.isFunction())
+    if (symbols_.isReserved(symbol))
         failToCompile("multiple assignment may not declare a variable name matching a built-in function");
     if (!symbol.foundHere) return symbols_.declareVariable(name, DOUBLE_VAL);
     if (symbol.foundHere->valueType() != DOUBLE_VAL)

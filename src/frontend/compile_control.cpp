@@ -80,7 +80,7 @@ StatementPtr StatementCompiler::compileWhile() {
 Value* StatementCompiler::loopVariable(const std::string& name) {
     const Symbol symbol = symbols_.classify(name);
     if (symbol.isConstant()) failToCompile("you can't use a constant as a loop variable");
-    if (symbol.isFunction()) failToCompile("you can't use a function name as a loop variable");
+    if (symbols_.isReserved(symbol)) failToCompile("you can't use a function name as a loop variable");
     Value* variable = symbol.foundHere;
     return variable ? variable : symbols_.declareVariable(name, DOUBLE_VAL);
 }

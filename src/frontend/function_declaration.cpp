@@ -3,11 +3,13 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <optional>
 #include <utility>
 
 #include "base/errors.h"
 #include "base/output.h"
 #include "builtins/keywords.h"
+#include "files/path_rules.h"
 #include "frontend/statement_compiler.h"
 #include "frontend/symbol_table.h"
 
@@ -222,12 +224,6 @@ FunctionSource sourceOf(const LexInput& input, std::string_view typedBody) {
     return source;
 }
 
-/// Where the function was read, for a line of its own.
-std::string fileName(const std::string& path) {
-    const auto separator = path.find_last_of("/\\");
-    return separator == std::string::npos ? path : path.substr(separator + 1);
-}
-
 void removeFunctionsOf(UserFunctionTable& table, const std::string& file) {
     std::vector<std::string> names;
     for (const auto& [name, function] : table.functions())
@@ -237,8 +233,9 @@ void removeFunctionsOf(UserFunctionTable& table, const std::string& file) {
 
 void compilePendingFunction(StatementCompiler& compiler, UserFunc& function) {
     const std::string file = function.source().text;
+    std::optional<InputSource> source;
     try {
-        auto source = InputSource::openFile(file);
+        source = InputSource::openFile(file);
         if (!source) fail("could not open the file of function " + function.name());
         source->seekLine(function.source().line);
         StatementCompiler reader(compiler.symbols(), *source, compiler.depth());
@@ -248,7 +245,8 @@ void compilePendingFunction(StatementCompiler& compiler, UserFunc& function) {
         if (desc.name != function.name() || !sameSignature(desc, function.desc())) fail(invalidHead);
         compileBody(reader, function, DefinitionMode::function, headEnd);
     } catch (...) {
-        printLine("in file " + fileName(file));
+        printLine("in file " + std::string(fileNameOf(file)));
+        if (source) compiler.input().noteFailure(source->lineNumber(), source->currentLine());
         removeFunctionsOf(compiler.symbols().functions(), file);
         throw;
     }
@@ -306,7 +304,8 @@ UserFunc& defineFunction(SymbolTable& symbols, FunctionDesc desc, FunctionSource
     const std::string name = desc.name;
     if (symbols.clashesWithFunctionName(name))
         fail("name clash with existing symbol. (Clear the symbol or use another name)");
-    if (name.ends_with('_')) fail("user function names may not end with underline");
+    // That form is for what only the resource files call.
+    if (name.ends_with('_') && !desc.has(FUNCTION_RESOURCE)) fail("user function names may not end with underline");
 
     const bool declaredOnly = desc.has(FUNCTION_DECLARED_ONLY);
     UserFunc* function = symbols.functions().find(name);

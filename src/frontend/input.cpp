@@ -217,6 +217,7 @@ void InputSource::seekLine(int n) {
 }
 
 void UserInput::beginText(std::string text, char kind) {
+    noted_.reset();
     const bool typed = kind == '>';
     if (!typed || !current_.isInteractive()) stack_.push_back(std::move(current_));
     current_ = InputSource(std::move(text), typed ? SourceMode::typed : SourceMode::text);
@@ -260,8 +261,10 @@ void UserInput::unwind() {
 }
 
 void UserInput::abandon() {
-    errorLine_ = current_.lineNumber();
-    errorText_ = current_.currentLine();
+    const Place place = noted_.value_or(Place{current_.lineNumber(), current_.currentLine()});
+    noted_.reset();
+    errorLine_ = place.line;
+    errorText_ = place.text;
     unwind();
     current_ = InputSource();
 }

@@ -50,6 +50,10 @@ public:
     /// closes one that an earlier line opened.
     virtual void noteBlockOpened() {}
     virtual void noteBlockClosed() {}
+
+    /// The report of a failure in a file that is read on behalf of this input:
+    /// the line that a message should show, instead of this input's own.
+    virtual void noteFailure([[maybe_unused]] int line, [[maybe_unused]] std::string text) {}
 };
 
 enum class SourceMode { typed = 0, text = 1, file = 2 };
@@ -149,8 +153,14 @@ public:
     [[nodiscard]] int commentStartLine() const override { return current_.commentStartLine(); }
     void noteBlockOpened() override { current_.noteBlockOpened(); }
     void noteBlockClosed() override { current_.noteBlockClosed(); }
+    void noteFailure(int line, std::string text) override { noted_ = {line, std::move(text)}; }
 
 private:
+    struct Place {
+        int line;
+        std::string text;
+    };
+
     void beginUse(std::string_view line);
     void leaveSource();
     [[noreturn]] void failToUse(std::string message);
@@ -161,6 +171,7 @@ private:
     std::vector<InputSource> stack_;
     int errorLine_ = 0;
     std::string errorText_;
+    std::optional<Place> noted_;  ///< where a file failed that was read on behalf of this input
 };
 
 }  // namespace vorpen

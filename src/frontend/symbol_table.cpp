@@ -9,6 +9,7 @@
 #include "builtins/constants.h"
 #include "builtins/keywords.h"
 #include "eval/user_func.h"
+#include "frontend/resource_functions.h"
 
 namespace vorpen {
 namespace {
@@ -70,14 +71,29 @@ std::optional<double> SymbolTable::findConstant(std::string_view name) const {
 }
 
 Symbol SymbolTable::classifyFunction(std::string_view name) {
-    if (UserFunc* function = functions_.find(name)) return functionSymbol(function, nullptr);
-    if (loadResource_ && !isKeyword(name)) {
+    UserFunc* function = functions_.find(name);
+    if (loadResource_ && !isKeyword(name) && (!function || hasLostItsBody(*function))) {
         const GlobalLevel level(*this);
-        if (loadResource_(std::string(name)))
-            if (UserFunc* function = functions_.find(name)) return functionSymbol(function, nullptr);
+        if (loadResource_(std::string(name))) function = functions_.find(name);
     }
+    if (function) return functionSymbol(function, nullptr);
     if (const BuiltinInfo* builtin = findBuiltin(name)) return functionSymbol(nullptr, builtin);
     return {};
+}
+
+/// What the user calls `mean` must not change what a resource file computes:
+/// there a function comes before a global, and constants are those of the
+/// language.
+Symbol SymbolTable::classifyInResource(std::string_view name) {
+    const auto isOfLanguage = [&](const NamedConstant& row) { return row.name == name; };
+    if (physicsConstants_.contains(name) || std::ranges::any_of(shortConstantRows, isOfLanguage))
+        if (const auto constant = findConstant(name)) return constantSymbol(*constant);
+    const UserFunc* known = functions_.find(name);
+    if (known && !known->desc().has(FUNCTION_RESOURCE))
+        if (const BuiltinInfo* builtin = findBuiltin(name)) return functionSymbol(nullptr, builtin);
+    if (const Symbol function = classifyFunction(name); function.isFunction()) return function;
+    Value* global = findGlobal(name);
+    return global ? variableSymbol(global, false) : Symbol();
 }
 
 Symbol SymbolTable::classify(std::string_view name) {
@@ -93,9 +109,17 @@ Symbol SymbolTable::classify(std::string_view name) {
                 return constantSymbol(local->second);
         }
     }
+    if (scope_.function && !globalIsHere && scope_.function->desc().has(FUNCTION_RESOURCE))
+        return classifyInResource(name);
     if (Value* global = findGlobal(name)) return variableSymbol(global, globalIsHere);
     if (const auto constant = findConstant(name)) return constantSymbol(*constant);
     return classifyFunction(name);
+}
+
+bool SymbolTable::isReserved(const Symbol& symbol) const {
+    const bool inResource = scope_.function && scope_.function->desc().has(FUNCTION_RESOURCE);
+    const bool isUsersOwn = symbol.userFunction && !symbol.userFunction->desc().has(FUNCTION_RESOURCE);
+    return symbol.isFunction() && !(inResource && isUsersOwn);
 }
 
 bool SymbolTable::clashesWithFunctionName(std::string_view name) const {

@@ -9,7 +9,9 @@
 //
 // There are two levels and no more: the global one, and the function that is
 // being compiled. A function sees globals for reading; it assigns to one only
-// after `global`. A resource file that is loaded in the middle of a function
+// after `global`. In a function of a resource file the names of functions come
+// before globals, so that it computes the same whatever the user has called
+// his variables. A resource file that is loaded in the middle of a function
 // puts the function's level aside and takes it back afterwards.
 
 #include <functional>
@@ -65,8 +67,9 @@ public:
     using Globals = std::map<std::string, std::unique_ptr<Value>, std::less<>>;
     using Constants = std::map<std::string, double, std::less<>>;
 
-    /// Finds a function in a resource file and compiles it; answers whether
-    /// there is one. Called for names that nobody has defined.
+    /// Makes a function of a resource file known; answers whether there is
+    /// one. Called for names that nobody has defined, and for those that came
+    /// from such a file and have lost their bodies.
     using ResourceLoader = std::function<bool(const std::string& name)>;
     void setResourceLoader(ResourceLoader loader) { loadResource_ = std::move(loader); }
 
@@ -74,6 +77,10 @@ public:
     /// function. May load a resource file; fails only when that file does.
     [[nodiscard]] Symbol classify(std::string_view name);
     [[nodiscard]] bool isConstant(std::string_view name) { return classify(name).isConstant(); }
+    /// True for a function whose name no loop and no multiple assignment may
+    /// take. In a resource file that is not so for those of the user, which it
+    /// knows nothing of.
+    [[nodiscard]] bool isReserved(const Symbol& symbol) const;
     /// True when a local, global or constant has the name, so that no user
     /// function may take it.
     [[nodiscard]] bool clashesWithFunctionName(std::string_view name) const;
@@ -146,6 +153,7 @@ private:
     [[nodiscard]] Value* findGlobal(std::string_view name) const;
     [[nodiscard]] std::optional<double> findConstant(std::string_view name) const;
     [[nodiscard]] Symbol classifyFunction(std::string_view name);
+    [[nodiscard]] Symbol classifyInResource(std::string_view name);
     Value* replaceGlobal(std::string_view name, std::unique_ptr<Value> value);
     ClearResult clearConstant(std::string_view name);
     void clearVariable(std::string_view name);

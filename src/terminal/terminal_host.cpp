@@ -162,6 +162,11 @@ std::string TerminalHost::programDirectory() {
     return *programDirectory_;
 }
 
+std::string TerminalHost::shareDirectory() {
+    const std::string directory = executableDirectory();
+    return directory.empty() ? std::string() : directory + "/../share/vorpen";
+}
+
 int TerminalHost::runCommand(const std::string& command) {
     beforeWait();
     return Host::runCommand(command);

@@ -53,6 +53,9 @@ public:
     std::optional<std::string> readLine() override;
     void sleepMilliseconds(double milliseconds, bool serveEvents) override;
     std::string programDirectory() override;
+    /// Found from the executable, so that an installed program can be moved
+    /// and a built one finds what was built with it.
+    std::string shareDirectory() override;
     int runCommand(const std::string& command) override;
     int runProgram(const std::string& path, const std::vector<std::string>& arguments) override;
 
