@@ -124,7 +124,8 @@ public:
         fit.q = fit.degreesOfFreedom < 1 ? 1 : gammaQ(fit.degreesOfFreedom * 0.5, fit.chi2 / 2);
         LuForm lu;
         lu.factorise(current_.alpha, freeCount());
-        fit.covariance = lu.inverse();
+        fit.covariance.resize(freeCount() * freeCount());
+        lu.inverse(fit.covariance);
         for (std::size_t i = 0; i < freeCount(); ++i)
             fit.errors.push_back(std::sqrt(fit.covariance[i + i * freeCount()]));
         return fit;

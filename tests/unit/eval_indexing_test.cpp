@@ -10,6 +10,7 @@
 #include <limits>
 
 #include "base/errors.h"
+#include "eval/elements.h"
 #include "eval/indexing.h"
 
 namespace vorpen {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "eval/comparison.h"
+#include "eval/elements.h"
 #include "eval/expression.h"
 #include "eval/function_elements.h"
 #include "eval/indexing.h"
