@@ -2,11 +2,17 @@
 #include "base/host.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
+#include <cerrno>
 #include <chrono>
+#include <climits>
 #include <filesystem>
 #include <thread>
 
@@ -15,11 +21,91 @@ extern char** environ;
 namespace vorpen {
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
+int statusOf(int status) { return WIFEXITED(status) ? WEXITSTATUS(status) : -1; }
+
 int waitForStatus(pid_t process) {
     int status = 0;
     while (waitpid(process, &status, 0) < 0)
         if (errno != EINTR) return -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return statusOf(status);
+}
+
+/// Waits until the process ends or its time is over, in which case it is ended
+/// with all that it has started.
+int waitForStatus(pid_t process, double secondsAllowed) {
+    using namespace std::chrono;
+    const auto end = Clock::now() + duration<double>(secondsAllowed);
+    // Most helpers are done within a few milliseconds; the longer one takes,
+    // the less a late answer matters.
+    auto nap = microseconds(200);
+    constexpr auto longestNap = microseconds(10000);
+    for (;;) {
+        int status = 0;
+        const pid_t ended = waitpid(process, &status, WNOHANG);
+        if (ended == process) return statusOf(status);
+        if (ended < 0 && errno != EINTR) return -1;
+        if (Clock::now() >= end) break;
+        std::this_thread::sleep_for(nap);
+        nap = std::min(nap * 2, longestNap);
+    }
+    kill(-process, SIGKILL);
+    waitForStatus(process);
+    return -1;
+}
+
+/// What a process is given when it is started, freed with the object.
+class SpawnPlan {
+public:
+    explicit SpawnPlan(const ProgramSettings& settings) {
+        posix_spawn_file_actions_init(&actions_);
+        posix_spawnattr_init(&attributes_);
+        open(STDIN_FILENO, O_RDONLY);
+        if (settings.silent) {
+            open(STDOUT_FILENO, O_WRONLY);
+            open(STDERR_FILENO, O_WRONLY);
+        }
+        if (!settings.directory.empty())
+            posix_spawn_file_actions_addchdir_np(&actions_, settings.directory.c_str());
+        if (settings.secondsAllowed > 0) {
+            // A group of its own, so that what it has started ends with it.
+            posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETPGROUP);
+            posix_spawnattr_setpgroup(&attributes_, 0);
+        }
+    }
+    SpawnPlan(const SpawnPlan&) = delete;
+    SpawnPlan& operator=(const SpawnPlan&) = delete;
+    ~SpawnPlan() {
+        posix_spawn_file_actions_destroy(&actions_);
+        posix_spawnattr_destroy(&attributes_);
+    }
+
+    /// The process, or nothing when it could not be started.
+    [[nodiscard]] std::optional<pid_t> start(const std::string& path, const std::vector<std::string>& arguments) {
+        std::vector<char*> words{const_cast<char*>(path.c_str())};
+        for (const auto& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
+        words.push_back(nullptr);
+        pid_t process = 0;
+        if (posix_spawn(&process, path.c_str(), &actions_, &attributes_, words.data(), environ)) return std::nullopt;
+        return process;
+    }
+
+private:
+    void open(int descriptor, int mode) {
+        posix_spawn_file_actions_addopen(&actions_, descriptor, "/dev/null", mode, 0);
+    }
+
+    posix_spawn_file_actions_t actions_{};
+    posix_spawnattr_t attributes_{};
+};
+
+void limitFileSize(pid_t process, std::int64_t bytes) {
+#ifdef __linux__
+    const rlimit limit{static_cast<rlim_t>(bytes), static_cast<rlim_t>(bytes)};
+    // A process that has ended meanwhile needs no limit.
+    prlimit(process, RLIMIT_FSIZE, &limit, nullptr);
+#endif
 }
 
 }  // namespace
@@ -68,17 +154,26 @@ std::string Host::startDirectory() {
 
 int Host::runCommand(const std::string& command) { return runProgram("/bin/sh", {"-c", command}); }
 
-int Host::runProgram(const std::string& path, const std::vector<std::string>& arguments) {
-    std::vector<char*> words{const_cast<char*>(path.c_str())};
-    for (const auto& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
-    words.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    pid_t process = 0;
-    const int fault = posix_spawn(&process, path.c_str(), &actions, nullptr, words.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    return fault ? -1 : waitForStatus(process);
+std::vector<std::string> Host::helperDirectories() {
+    const std::string own = executableDirectory();
+    if (own.empty()) return {};
+    return {own, std::filesystem::path(own).parent_path() / "libexec/vorpen"};
+}
+
+int Host::runProgram(const std::string& path, const std::vector<std::string>& arguments,
+                     const ProgramSettings& settings) {
+    const std::optional<pid_t> process = SpawnPlan(settings).start(path, arguments);
+    if (!process) return -1;
+    if (settings.largestFile > 0) limitFileSize(*process, settings.largestFile);
+    return settings.secondsAllowed > 0 ? waitForStatus(*process, settings.secondsAllowed) : waitForStatus(*process);
+}
+
+std::string executableDirectory() {
+    std::array<char, PATH_MAX> path{};
+    const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
+    const std::string_view text(path.data(), length > 0 ? static_cast<std::size_t>(length) : 0);
+    const std::size_t slash = text.rfind('/');
+    return slash == std::string_view::npos ? std::string() : std::string(text.substr(0, slash));
 }
 
 }  // namespace vorpen

@@ -12,6 +12,7 @@
 #include "builtins/constants.h"
 #include "builtins/exact_bodies.h"
 #include "builtins/function_bodies.h"
+#include "builtins/help_bodies.h"
 #include "builtins/language_bodies.h"
 #include "builtins/model_bodies.h"
 #include "builtins/random_bodies.h"
@@ -83,7 +84,7 @@ constexpr Row<TicLikeBody> ticLikeTable[] = {
     absent<"fix", TicLikeBody>,
     absent<"unfix", TicLikeBody>,
     {"rnd", builtin::uniformNumber},
-    absent<"help", TicLikeBody>,
+    {"help", builtin::help},
     {"on", builtin::on},
     {"off", builtin::off},
     {"end", builtin::endOutsideIndex, END_OF_INDEX},
@@ -350,7 +351,7 @@ constexpr GeneralRow generalTable[] = {
     absentGeneral<"qload">(1, 1),
     absentGeneral<"slf">(2, 4),
     absentGeneral<"debugtest">(0, noLimit),
-    absentGeneral<"property">(2, 3, WORD_FORM),
+    {"property", builtin::property, 2, 3, WORD_FORM},
     {"$multiassign", builtin::assignEach, 1, noLimit},
     {"fzero", builtin::fzero, 1, 5},
     {"differ", builtin::differ, 1, 3},

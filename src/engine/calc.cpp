@@ -3,6 +3,7 @@
 
 #include "base/errors.h"
 #include "builtins/engine_context.h"
+#include "engine/query.h"
 #include "eval/run_state.h"
 #include "frontend/function_declaration.h"
 #include "frontend/parser.h"
@@ -43,7 +44,7 @@ Calc::Calc(Host& host, bool isSecondary)
     context.paths = &paths_;
     context.evaluateText = [this](const std::string& text, DoubleValue& out) { evaluateText(text, out); };
     installGslErrorHandler();
-    compiler_.setQueryHook([](std::span<const Token>) { raiseRuntimeError("help is not available yet"); });
+    compiler_.setQueryHook([this](std::span<const Token> tokens) { query(tokens, symbols_, host_, console_); });
     if (!isSecondary_) paths_.load(programDirectory_, host_);
 }
 

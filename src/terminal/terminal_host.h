@@ -54,7 +54,8 @@ public:
     void sleepMilliseconds(double milliseconds, bool serveEvents) override;
     std::string programDirectory() override;
     int runCommand(const std::string& command) override;
-    int runProgram(const std::string& path, const std::vector<std::string>& arguments) override;
+    int runProgram(const std::string& path, const std::vector<std::string>& arguments,
+                   const ProgramSettings& settings) override;
 
 private:
     void beforeWait();
