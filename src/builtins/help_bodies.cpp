@@ -37,7 +37,7 @@ constexpr std::string_view guide =
     "Square brackets make arrays, and functions work on every element. A function\n"
     "of your own needs one line:\n"
     "\n"
-    "{g x = 1:5, sum(x), x^2}\n"
+    "{g x = 1:5; x^2 + 1}\n"
     "{g f(t) := exp(-t) cos(3t)}\n"
     "\n"
     "A function can be plotted as it is:\n"

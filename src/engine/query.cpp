@@ -187,8 +187,9 @@ std::string describeUserFunction(const UserFunc& function) {
     const FunctionSource& source = function.source();
     if (!source.typed) return "User functions in " + fileName(source.text) + ":" + definitionInFile(source);
     const std::string head = desc.name + parametersOf(desc);
-    if (!source.text.empty())
-        return sourceLine(head + (desc.has(FUNCTION_VECTORISED) ? " ::= " : " := ") + source.text);
+    const std::size_t body = source.text.find_first_not_of(" \t");
+    if (body != std::string::npos)
+        return sourceLine(head + (desc.has(FUNCTION_VECTORISED) ? " ::= " : " := ") + source.text.substr(body));
     std::string outputs;
     for (const auto& name : desc.outputNames) outputs += (outputs.empty() ? "" : ", ") + name;
     if (desc.outputNames.size() > 1) outputs = "[" + outputs + "]";
