@@ -4,7 +4,8 @@
 //
 //     lookup SUBJECT_KEY          iron_density, earth_mass, water_specific_heat
 //     lookup SUBJECT_KEY_NUMBER   water_density_50: from a table, at 50 degrees
-//     lookup SUBJECT_KEY_table    the table itself, in pairs
+//     lookup SUBJECT_KEY_table    the table itself, in pairs; also without the
+//                                 word when no single value is known
 //     lookup SUBJECT_properties   what is known of a subject
 //     lookup SET_KEY              a property of all of elements, planets, ...
 //     lookup SET_names            the names in a set
@@ -166,7 +167,9 @@ private:
         if (parts.size() < 2) return;
         table.subject = parts[0];
         table.key = parts[1];
-        table.remark = what;
+        table.remark = parts[0] + " " + parts[1];
+        const std::size_t meaning = what.find(parts[1]) + parts[1].size();
+        table.remark += ": " + trimmed(std::string_view(what).substr(meaning));
     }
 
     static void readPair(PairTable& table, const std::vector<std::string>& numbers) {
@@ -180,13 +183,19 @@ private:
         const std::vector<std::string>* row;
     };
 
-    /// All subjects of a name: an element is a substance too.
+    /// All subjects of a name: an element is a substance too. With the set in
+    /// front, as in "planet_mercury", only that one.
     [[nodiscard]] std::vector<Found> find(const std::string& subject) const {
         std::vector<Found> found;
         const std::string lower = lowerCase(subject);
-        for (const DataSet& set : sets_)
-            for (const auto& row : set.rows)
-                if (set.cell(row, "name") == lower || set.cell(row, "symbol") == subject) found.push_back({&set, &row});
+        for (const DataSet& set : sets_) {
+            const std::string one = set.name.substr(0, set.name.size() - 1) + "_";
+            for (const auto& row : set.rows) {
+                const std::string& name = set.cell(row, "name");
+                if (name == lower || one + name == lower || set.cell(row, "symbol") == subject)
+                    found.push_back({&set, &row});
+            }
+        }
         return found;
     }
 
@@ -199,6 +208,8 @@ private:
     [[nodiscard]] std::optional<std::string> answer(const std::string& subject, const std::string& rest) const {
         if (rest == "properties") return propertiesOf(subject);
         if (auto text = valueOf(subject, canonicalKey(rest))) return text;
+        if (const PairTable* table = findTable(lowerCase(subject), canonicalKey(rest)))
+            return pairsText(table->remark, table->pairs);
         if (auto text = valuesInSet(lowerCase(subject), canonicalKey(rest))) return text;
         return tableOf(subject, rest);
     }
