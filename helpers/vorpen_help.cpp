@@ -202,17 +202,18 @@ void writeExample(Page& page, const std::vector<std::string>& lines) {
         line.starts_with("> ") ? page.marked("{g:" + line.substr(2)) : page.plain("    " + line);
 }
 
+/// Names to click on. A console counts the marks when it wraps a line.
 void writeSeeAlso(Page& page, const std::vector<std::string>& names) {
     if (names.empty()) return;
     page.blank();
-    std::string line = "See also", shown = line;
+    std::string line = "See also";
     for (const std::string& name : names) {
-        if (shown.size() + 1 + name.size() > lineWidth) {
+        const std::string link = " {=" + name + "}";
+        if (line.size() + link.size() > lineWidth) {
             page.marked(line);
-            line = shown = "        ";
+            line = "        ";
         }
-        line += " {=" + name + "}";
-        shown += " " + name;
+        line += link;
     }
     page.marked(line);
 }

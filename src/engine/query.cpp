@@ -147,32 +147,58 @@ std::string parametersOf(const FunctionDesc& desc) {
         text += desc.paramNames[i];
         if (desc.paramKinds[i] == COMPLEX_VAL) text += '*';
         if (desc.paramKinds[i] == LIST_VAL) text += "[]";
-        if (i >= desc.minArguments()) text += "=" + doubleText(desc.defaults[i - desc.minArguments()], digits);
+        if (i >= desc.minArguments()) text += ":" + doubleText(desc.defaults[i - desc.minArguments()], digits);
     }
     return text + ')';
 }
 
-/// True when a line of a script begins with the word.
-bool beginsWith(std::string_view line, std::string_view word) {
-    const std::size_t start = std::min(line.find_first_not_of(" \t"), line.size());
+std::string firstWord(std::string_view line) {
+    const std::size_t start = line.find_first_not_of(" \t");
+    if (start == line.npos) return {};
     line.remove_prefix(start);
-    return line.starts_with(word) && (line.size() == word.size() || !isNameCharacter(line[word.size()]));
+    return std::string(line.substr(0, std::min(line.find_first_of(" \t;("), line.size())));
+}
+
+/// The lines of a file from one to another number, from 1.
+std::vector<std::string> linesOfFile(const std::string& path, int first, int last) {
+    std::ifstream in(path);
+    std::vector<std::string> lines;
+    std::string line;
+    for (int number = 1; number <= last && std::getline(in, line); ++number) {
+        if (number < first) continue;
+        if (line.ends_with('\r')) line.pop_back();
+        lines.push_back(isValidUtf8(line) ? fromUtf8(line) : line);
+    }
+    return lines;
+}
+
+/// A comment of several lines that stands directly above a definition; empty
+/// when other statements stand between the two.
+std::vector<std::string> commentAbove(const FunctionSource& source) {
+    if (source.commentStartLine < 1 || source.commentStartLine >= source.line) return {};
+    std::vector<std::string> lines = linesOfFile(source.text, source.commentStartLine, source.line - 1);
+    int markers = 0;
+    for (const std::string& line : lines) {
+        const std::string word = firstWord(line);
+        if (word.starts_with("##")) ++markers;
+        const bool isRemark = word.empty() || word.starts_with('#');
+        if (markers > 1 && !isRemark) return {};
+    }
+    return lines;
 }
 
 /// The comment and the lines of a definition in a file, up to its end.
 std::string definitionInFile(const FunctionSource& source) {
-    const int comment = source.commentStartLine;
-    const int first = comment > 0 && comment < source.line ? comment : source.line;
-    std::ifstream in(source.text);
-    std::string text, line;
-    bool hasBody = true;
-    for (int number = 1; number < first + longestDefinition && std::getline(in, line); ++number) {
-        if (number < first) continue;
-        if (line.ends_with('\r')) line.pop_back();
-        if (number == source.line) hasBody = beginsWith(line, "function");
-        text += "\n" + sourceLine(isValidUtf8(line) ? fromUtf8(line) : line);
-        if (number >= source.line && (!hasBody || beginsWith(line, "end"))) break;
+    std::vector<std::string> lines = commentAbove(source);
+    const auto definition = linesOfFile(source.text, source.line, source.line + longestDefinition);
+    // A definition by ":=" has no lines below it.
+    const bool hasBody = !definition.empty() && firstWord(definition.front()) == "function";
+    for (std::size_t i = 0; i < definition.size(); ++i) {
+        lines.push_back(definition[i]);
+        if (!hasBody || firstWord(definition[i]) == "end") break;
     }
+    std::string text;
+    for (const std::string& line : lines) (text += '\n') += sourceLine(line);
     return text;
 }
 
