@@ -100,12 +100,33 @@ private:
     posix_spawnattr_t attributes_{};
 };
 
-void limitFileSize(pid_t process, std::int64_t bytes) {
-#ifdef __linux__
-    const rlimit limit{static_cast<rlim_t>(bytes), static_cast<rlim_t>(bytes)};
-    // A process that has ended meanwhile needs no limit.
-    prlimit(process, RLIMIT_FSIZE, &limit, nullptr);
-#endif
+/// While it lives, what this process starts may write no more than so many
+/// bytes into a file. The limit has to be there before the program begins, and
+/// what a process starts inherits the limits that it has at that moment.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(std::int64_t bytes) {
+        isSet_ = bytes > 0 && getrlimit(RLIMIT_FSIZE, &before_) == 0;
+        if (!isSet_) return;
+        rlimit lower = before_;
+        lower.rlim_cur = std::min(lower.rlim_cur, static_cast<rlim_t>(bytes));
+        isSet_ = setrlimit(RLIMIT_FSIZE, &lower) == 0;
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+    ~FileSizeLimit() {
+        if (isSet_) setrlimit(RLIMIT_FSIZE, &before_);
+    }
+
+private:
+    rlimit before_{};
+    bool isSet_;
+};
+
+std::optional<pid_t> startLimited(const std::string& path, const std::vector<std::string>& arguments,
+                                  const ProgramSettings& settings) {
+    const FileSizeLimit limit(settings.largestFile);
+    return SpawnPlan(settings).start(path, arguments);
 }
 
 }  // namespace
@@ -162,9 +183,8 @@ std::vector<std::string> Host::helperDirectories() {
 
 int Host::runProgram(const std::string& path, const std::vector<std::string>& arguments,
                      const ProgramSettings& settings) {
-    const std::optional<pid_t> process = SpawnPlan(settings).start(path, arguments);
+    const std::optional<pid_t> process = startLimited(path, arguments, settings);
     if (!process) return -1;
-    if (settings.largestFile > 0) limitFileSize(*process, settings.largestFile);
     return settings.secondsAllowed > 0 ? waitForStatus(*process, settings.secondsAllowed) : waitForStatus(*process);
 }
 

@@ -127,11 +127,12 @@ std::optional<double> takeNumber(std::string_view& text) {
     return number;
 }
 
-/// The count on a line of its own; 0 for anything that is no count.
+/// The count on a line of its own, no more than a file can hold; 0 for
+/// anything that is no count.
 std::int64_t readCount(LineReader& lines) {
     std::string_view line = lines.next();
     const double count = takeNumber(line).value_or(0);
-    return count >= 1 && count <= static_cast<double>(largestHelperFile) ? static_cast<std::int64_t>(count) : 0;
+    return count >= 1 ? static_cast<std::int64_t>(std::min(count, static_cast<double>(largestHelperFile))) : 0;
 }
 
 void requireRoom(std::int64_t rows, std::int64_t columns) {
