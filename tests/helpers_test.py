@@ -5,6 +5,7 @@ usage: helpers_test.py PROGRAM HELP_PROGRAM LOOKUP_PROGRAM
 """
 import math
 import os
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -109,6 +110,31 @@ class HelpProgram(InFolder):
 
     def test_the_longer_text_on_two_marks(self):
         self.assertIn('The function is applied to each element', ' '.join(Session(PROGRAM, ['??sin']).lines))
+
+
+class Installation(InFolder):
+    """The places of an installation: bin, libexec/vorpen, share/vorpen."""
+
+    def setUp(self):
+        super().setUp()
+        self.data = os.path.join(self.folder, 'share', 'vorpen')
+        here = os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', 'helpers')
+        for name in ('help', 'properties'):
+            shutil.copytree(os.path.join(here, name), os.path.join(self.data, name))
+        for program, place in ((PROGRAM, 'bin'), (HELP, 'libexec/vorpen'), (LOOKUP, 'libexec/vorpen')):
+            os.makedirs(os.path.join(self.folder, place), exist_ok=True)
+            shutil.copy(program, os.path.join(self.folder, place))
+
+    def test_helpers_and_data_are_found(self):
+        # The texts of the source tree do not say this.
+        with open(os.path.join(self.data, 'help', 'functions', 'sin.txt'), 'w', encoding='utf-8') as file:
+            file.write('topic: sin\ntitle: installed\nabout: The installed text.\n')
+        with open(os.path.join(self.data, 'properties', 'elements.txt'), 'w', encoding='utf-8') as file:
+            file.write('columns: name density\nunits: - kg/m3\nnewium 5\n')
+        program = os.path.join(self.folder, 'bin', os.path.basename(PROGRAM))
+        shown = folded(Session(program, ['?sin', 'property("newium", "density")']).lines)
+        self.assertIn('The installed text.', shown)
+        self.assertEqual(shown[-1], '5')
 
 
 class Texts(unittest.TestCase):
