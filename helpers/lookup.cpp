@@ -128,7 +128,8 @@ public:
             if (query.starts_with(start)) return formulaOf(query.substr(start.size()));
         // The longest name that the query begins with is meant: "carbon_dioxide"
         // rather than "carbon".
-        for (std::size_t end = query.rfind('_'); end != query.npos && end > 0; end = query.rfind('_', end - 1))
+        for (std::size_t end = query.rfind('_'); end != query.npos && end > 0;
+             end = query.rfind('_', end - 1))
             if (auto text = answer(query.substr(0, end), lowerCase(query.substr(end + 1)))) return text;
         return std::nullopt;
     }
@@ -158,7 +159,8 @@ private:
     }
 
     static void readUnits(DataSet& set, const std::vector<std::string>& units) {
-        for (std::size_t i = 0; i < units.size() && i < set.columns.size(); ++i) set.columns[i].unit = units[i];
+        for (std::size_t i = 0; i < units.size() && i < set.columns.size(); ++i)
+            set.columns[i].unit = units[i];
     }
 
     /// "table: SUBJECT KEY what the two columns are"
@@ -205,7 +207,8 @@ private:
         return place == tables_.end() ? nullptr : &*place;
     }
 
-    [[nodiscard]] std::optional<std::string> answer(const std::string& subject, const std::string& rest) const {
+    [[nodiscard]] std::optional<std::string> answer(const std::string& subject,
+                                                    const std::string& rest) const {
         if (rest == "properties") return propertiesOf(subject);
         if (auto text = valueOf(subject, canonicalKey(rest))) return text;
         if (const PairTable* table = findTable(lowerCase(subject), canonicalKey(rest)))
@@ -214,7 +217,8 @@ private:
         return tableOf(subject, rest);
     }
 
-    [[nodiscard]] std::optional<std::string> valueOf(const std::string& subject, const std::string& key) const {
+    [[nodiscard]] std::optional<std::string> valueOf(const std::string& subject,
+                                                     const std::string& key) const {
         for (const auto& [set, row] : find(subject)) {
             const int at = set->column(key);
             if (at < 0 || (*row)[at] == unknown) continue;
@@ -227,7 +231,8 @@ private:
 
     /// "SUBJECT_KEY" with "table" or a number behind it has been cut before its
     /// last word, so that the key stands at the end of the subject.
-    [[nodiscard]] std::optional<std::string> tableOf(const std::string& subjectAndKey, const std::string& rest) const {
+    [[nodiscard]] std::optional<std::string> tableOf(const std::string& subjectAndKey,
+                                                     const std::string& rest) const {
         const std::string both = lowerCase(subjectAndKey);
         for (std::size_t end = both.find('_'); end != both.npos; end = both.find('_', end + 1)) {
             const PairTable* table = findTable(both.substr(0, end), canonicalKey(both.substr(end + 1)));
@@ -240,20 +245,23 @@ private:
         return std::nullopt;
     }
 
-    [[nodiscard]] std::optional<std::string> valuesInSet(const std::string& name, const std::string& key) const {
+    [[nodiscard]] std::optional<std::string> valuesInSet(const std::string& name,
+                                                         const std::string& key) const {
         for (const DataSet& set : sets_) {
             if (set.name != name) continue;
             if (key == "names") return namesIn(set);
             const int at = set.column(key);
             std::vector<std::pair<double, double>> pairs;
             for (std::size_t i = 0; at >= 0 && i < set.rows.size(); ++i)
-                if (const auto value = numberIn(set.rows[i][at])) pairs.emplace_back(static_cast<double>(i + 1), *value);
+                if (const auto value = numberIn(set.rows[i][at]))
+                    pairs.emplace_back(static_cast<double>(i + 1), *value);
             if (!pairs.empty()) return pairsText(set.remark(name, at), pairs);
         }
         return std::nullopt;
     }
 
-    static std::string pairsText(const std::string& remark, const std::vector<std::pair<double, double>>& pairs) {
+    static std::string pairsText(const std::string& remark,
+                                 const std::vector<std::pair<double, double>>& pairs) {
         std::string text = remark + "\n\\pairs\n" + std::to_string(pairs.size()) + "\n";
         for (const auto& [x, y] : pairs) text += numberText(x) + " " + numberText(y) + "\n";
         return text;
@@ -285,7 +293,8 @@ private:
             for (std::size_t at = 0; at < row->size(); ++at) {
                 if ((*row)[at] == unknown || set->columns[at].key == "name") continue;
                 const std::string& unit = set->columns[at].unit;
-                lines.push_back(set->columns[at].key + "  " + (*row)[at] + (unit == unknown ? "" : " " + unit));
+                lines.push_back(set->columns[at].key + "  " + (*row)[at] +
+                                (unit == unknown ? "" : " " + unit));
             }
         const std::string lower = lowerCase(subject);
         for (const PairTable& table : tables_)

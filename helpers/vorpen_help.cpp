@@ -104,7 +104,8 @@ public:
         const std::string lower = lowerCase(name);
         const int allowed = name.size() < 6 ? 1 : 2;
         for (const auto& [other, file] : files_)
-            if (other.size() > 1 && spellingDistance(lower, lowerCase(other)) <= allowed) found.push_back(other);
+            if (other.size() > 1 && spellingDistance(lower, lowerCase(other)) <= allowed)
+                found.push_back(other);
         return found;
     }
 

@@ -82,12 +82,14 @@ public:
     }
 
     /// The process, or nothing when it could not be started.
-    [[nodiscard]] std::optional<pid_t> start(const std::string& path, const std::vector<std::string>& arguments) {
+    [[nodiscard]] std::optional<pid_t> start(const std::string& path,
+                                             const std::vector<std::string>& arguments) {
         std::vector<char*> words{const_cast<char*>(path.c_str())};
         for (const auto& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
         words.push_back(nullptr);
         pid_t process = 0;
-        if (posix_spawn(&process, path.c_str(), &actions_, &attributes_, words.data(), environ)) return std::nullopt;
+        if (posix_spawn(&process, path.c_str(), &actions_, &attributes_, words.data(), environ))
+            return std::nullopt;
         return process;
     }
 
@@ -185,7 +187,8 @@ int Host::runProgram(const std::string& path, const std::vector<std::string>& ar
                      const ProgramSettings& settings) {
     const std::optional<pid_t> process = startLimited(path, arguments, settings);
     if (!process) return -1;
-    return settings.secondsAllowed > 0 ? waitForStatus(*process, settings.secondsAllowed) : waitForStatus(*process);
+    return settings.secondsAllowed > 0 ? waitForStatus(*process, settings.secondsAllowed)
+                                       : waitForStatus(*process);
 }
 
 std::string executableDirectory() {

@@ -19,10 +19,10 @@ namespace vorpen {
 
 /// How a program is started and what it may use up.
 struct ProgramSettings {
-    std::string directory;           ///< its working directory; empty: that of this process
-    double secondsAllowed = 0;       ///< it is ended when they are over; 0: as long as it likes
-    std::int64_t largestFile = 0;    ///< bytes that it may write into one file; 0: any number
-    bool silent = false;             ///< what it writes on its standard streams goes nowhere
+    std::string directory;         ///< its working directory; empty: that of this process
+    double secondsAllowed = 0;     ///< it is ended when they are over; 0: as long as it likes
+    std::int64_t largestFile = 0;  ///< bytes that it may write into one file; 0: any number
+    bool silent = false;           ///< what it writes on its standard streams goes nowhere
 };
 
 class Host {

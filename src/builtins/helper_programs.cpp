@@ -78,7 +78,8 @@ struct ResultText {
 std::optional<ResultText> readResult(const std::string& path, std::size_t limit) {
     const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     struct stat facts {};
-    if (file.number() < 0 || fstat(file.number(), &facts) != 0 || !S_ISREG(facts.st_mode)) return std::nullopt;
+    if (file.number() < 0 || fstat(file.number(), &facts) != 0 || !S_ISREG(facts.st_mode))
+        return std::nullopt;
     ResultText result;
     // One byte more tells whether there is more.
     const auto wanted = std::min<std::uintmax_t>(static_cast<std::uintmax_t>(facts.st_size), limit + 1);
@@ -132,7 +133,8 @@ std::optional<double> takeNumber(std::string_view& text) {
 std::int64_t readCount(LineReader& lines) {
     std::string_view line = lines.next();
     const double count = takeNumber(line).value_or(0);
-    return count >= 1 ? static_cast<std::int64_t>(std::min(count, static_cast<double>(largestHelperFile))) : 0;
+    return count >= 1 ? static_cast<std::int64_t>(std::min(count, static_cast<double>(largestHelperFile)))
+                      : 0;
 }
 
 void requireRoom(std::int64_t rows, std::int64_t columns) {

@@ -45,7 +45,9 @@ constexpr int longestDefinition = 100;
 
 class WordWrap {
 public:
-    explicit WordWrap(ConsoleText& console) : console_(console), before_(console.wrap()) { console_.setWrap(true); }
+    explicit WordWrap(ConsoleText& console) : console_(console), before_(console.wrap()) {
+        console_.setWrap(true);
+    }
     WordWrap(const WordWrap&) = delete;
     WordWrap& operator=(const WordWrap&) = delete;
     ~WordWrap() { console_.setWrap(before_); }
@@ -94,9 +96,11 @@ std::string symbolTableText() {
 // ---- descriptions
 
 std::string describeBuiltin(const BuiltinInfo& info) {
-    std::string text = std::string(info.name) + ", built-in function of type " + std::to_string(info.kind) + ".\n";
+    std::string text =
+        std::string(info.name) + ", built-in function of type " + std::to_string(info.kind) + ".\n";
     text += "Takes " + std::to_string(info.minArgs);
-    text += info.maxArgs < 0 ? " or more arguments.\n" : " to " + std::to_string(info.maxArgs) + " arguments.\n";
+    text +=
+        info.maxArgs < 0 ? " or more arguments.\n" : " to " + std::to_string(info.maxArgs) + " arguments.\n";
     return text;
 }
 
@@ -123,7 +127,8 @@ std::string extremesOf(const Value& v) {
 
 std::string shapeOf(const Value& v) {
     if (v.valueType() == LIST_VAL)
-        return v.isVector() ? "list with " + std::to_string(v.size()) + " items" : sizesOf(v) + ") array of items";
+        return v.isVector() ? "list with " + std::to_string(v.size()) + " items"
+                            : sizesOf(v) + ") array of items";
     if (v.isString()) return v.nrow() > 1 ? "array of strings" : "string";
     return shapeOfNumbers(v) + extremesOf(v);
 }
@@ -147,7 +152,8 @@ std::string parametersOf(const FunctionDesc& desc) {
         text += desc.paramNames[i];
         if (desc.paramKinds[i] == COMPLEX_VAL) text += '*';
         if (desc.paramKinds[i] == LIST_VAL) text += "[]";
-        if (i >= desc.minArguments()) text += ":" + doubleText(desc.defaults[i - desc.minArguments()], digits);
+        if (i >= desc.minArguments())
+            text += ":" + doubleText(desc.defaults[i - desc.minArguments()], digits);
     }
     return text + ')';
 }
@@ -215,7 +221,8 @@ std::string describeUserFunction(const UserFunc& function) {
     const std::string head = desc.name + parametersOf(desc);
     const std::size_t body = source.text.find_first_not_of(" \t");
     if (body != std::string::npos)
-        return sourceLine(head + (desc.has(FUNCTION_VECTORISED) ? " ::= " : " := ") + source.text.substr(body));
+        return sourceLine(head + (desc.has(FUNCTION_VECTORISED) ? " ::= " : " := ") +
+                          source.text.substr(body));
     std::string outputs;
     for (const auto& name : desc.outputNames) outputs += (outputs.empty() ? "" : ", ") + name;
     if (desc.outputNames.size() > 1) outputs = "[" + outputs + "]";
@@ -261,10 +268,12 @@ private:
         switch (subject.kind) {
             case TOK_NAME: return aboutName(subject.text);
             case TOK_OP:
-            case TOK_UNARY: return "an operator" + callHelp(host_, std::string(operatorSpelling(subject)), isDetailed());
+            case TOK_UNARY:
+                return "an operator" + callHelp(host_, std::string(operatorSpelling(subject)), isDetailed());
             case TOK_SEP: return "a separator";
             case TOK_EMPTY: return "[] is used to indicate either a list or the empty set";
-            case TOK_DEFINE: return "f(x) := ... defines a user function. See {_function} for more information.";
+            case TOK_DEFINE:
+                return "f(x) := ... defines a user function. See {_function} for more information.";
             default: return std::string(noInformation);
         }
     }

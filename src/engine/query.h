@@ -18,7 +18,14 @@
 namespace vorpen {
 
 /// What a name is found to be; decides whether the help program is asked.
-enum class DescribedAs { unknown = 0, keyword = 1, builtin = 2, variable = 3, constant = 4, userFunction = 5 };
+enum class DescribedAs {
+    unknown = 0,
+    keyword = 1,
+    builtin = 2,
+    variable = 3,
+    constant = 4,
+    userFunction = 5
+};
 
 /// Says in a few lines what a name stands for at this place. Names are looked
 /// up in the order in which an expression does it.

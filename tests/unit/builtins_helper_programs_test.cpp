@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/resource.h>
 
 #include <chrono>
 #include <filesystem>
@@ -38,7 +39,9 @@ protected:
     void lookupIs(const std::string& commands) { script(folder / "lookup", commands); }
     void file(const std::string& name, const std::string& text) { std::ofstream(folder / name) << text; }
 
-    std::string help(const std::string& name, bool detailed = false) { return callHelp(*host, name, detailed); }
+    std::string help(const std::string& name, bool detailed = false) {
+        return callHelp(*host, name, detailed);
+    }
 
     /// What a look-up gives: "rows x columns, form: elements", or its message.
     std::string property(const std::string& query) {
@@ -130,7 +133,8 @@ TEST_F(HelperPrograms, AHangingProgramIsEndedWithWhatItHasStarted) {
         ASSERT_GT(process, 1);
         // A process that has ended may stay in the table until its parent asks.
         std::string state = "gone";
-        if (std::ifstream status("/proc/" + std::to_string(process) + "/stat"); status) status >> state >> state >> state;
+        if (std::ifstream status("/proc/" + std::to_string(process) + "/stat"); status)
+            status >> state >> state >> state;
         EXPECT_TRUE(state == "gone" || state == "Z" || state == "X") << name << " " << state;
     }
 }
@@ -141,6 +145,15 @@ TEST_F(HelperPrograms, AGigabyteIsNeitherWrittenNorRead) {
     EXPECT_LE(fs::file_size(folder / "vorpenhelp.txt"), static_cast<std::uintmax_t>(largestHelperFile));
     lookupIs("head -c 1000000000 /dev/zero > property_result.txt; exit 0");
     EXPECT_EQ(property("a"), "vorpen can't find the database result");
+}
+
+TEST_F(HelperPrograms, TheLimitsOfAHelperAreNotThoseOfTheProgram) {
+    rlimit before{}, after{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    helpIs("ulimit -f > vorpenhelp.txt");
+    EXPECT_NE(help("x"), "\nunlimited");
+    getrlimit(RLIMIT_FSIZE, &after);
+    EXPECT_EQ(before.rlim_cur, after.rlim_cur);
 }
 
 TEST_F(HelperPrograms, ALongTextIsCut) {
@@ -223,8 +236,10 @@ TEST_F(HelperPrograms, CountsAreNotTrusted) {
 }
 
 TEST_F(HelperPrograms, ATableThatNoArrayHoldsIsRefused) {
-    lookupIs("{ printf 'r\\n\\\\table\\n10000\\n'; head -c 100000 /dev/zero | tr '\\0' x; echo; yes a | head -n 10000; } "
-             "> property_result.txt");
+    lookupIs(
+        "{ printf 'r\\n\\\\table\\n10000\\n'; head -c 100000 /dev/zero | tr '\\0' x; echo; yes a | head -n "
+        "10000; } "
+        "> property_result.txt");
     EXPECT_EQ(property("a"), "the database result is too large");
 }
 

@@ -51,7 +51,8 @@ const std::multimap<std::string, std::string>& topics() {
 }
 
 TEST(HelpTopics, EachBuiltInFunctionHasOne) {
-    for (const BuiltinInfo& row : allBuiltins()) EXPECT_TRUE(topics().contains(std::string(row.name))) << row.name;
+    for (const BuiltinInfo& row : allBuiltins())
+        EXPECT_TRUE(topics().contains(std::string(row.name))) << row.name;
 }
 
 TEST(HelpTopics, EachKeywordHasOne) {
@@ -95,7 +96,8 @@ TEST(HelpTopics, EachOperatorHasOne) {
     for (const auto& sign : signs) EXPECT_TRUE(topics().contains(sign)) << sign;
     for (const char* word : {"mod", "vec", "and", "or", "And", "Or", "xor", "bitand", "bitor"})
         EXPECT_TRUE(topics().contains(word)) << word;
-    for (const char* sign : {",", ";", ":", "::", "/.", ":=", "::=", ",=", ";=", ";;", ";!", ";?", "\\", "'", "\"", "[]"})
+    for (const char* sign :
+         {",", ";", ":", "::", "/.", ":=", "::=", ",=", ";=", ";;", ";!", ";?", "\\", "'", "\"", "[]"})
         EXPECT_TRUE(topics().contains(sign)) << sign;
 }
 
@@ -104,7 +106,8 @@ TEST(HelpTopics, ANameStandsInOneFileOnly) {
 }
 
 TEST(HelpTopics, SeeAlsoNamesTopics) {
-    for (const auto& [name, file] : headings("see:")) EXPECT_TRUE(topics().contains(name)) << name << " in " << file;
+    for (const auto& [name, file] : headings("see:"))
+        EXPECT_TRUE(topics().contains(name)) << name << " in " << file;
 }
 
 }  // namespace
