@@ -12,6 +12,7 @@
 // The texts are the files in the folder "help"; docs/help.md has their form.
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <fstream>
 #include <map>
@@ -69,19 +70,20 @@ Topic readTopic(const std::filesystem::path& file) {
     return topic;
 }
 
+/// The topics in a folder. The file of a name mostly bears it; only for signs,
+/// second names and slips of the keyboard all files have to be looked at.
 class Library {
 public:
-    explicit Library(const std::filesystem::path& folder) : folder_(folder) {
-        for (const auto& file : textFilesIn(folder)) {
-            // The names stand in the first line: the rest need not be read.
-            for (const std::string& name : namesIn(file)) files_.emplace(name, file);
-        }
-    }
+    explicit Library(std::filesystem::path folder) : folder_(std::move(folder)) {}
 
-    [[nodiscard]] std::optional<Topic> find(const std::string& name) const {
-        const auto place = files_.find(name);
-        if (place == files_.end()) return std::nullopt;
-        Topic topic = readTopic(place->second);
+    [[nodiscard]] std::optional<Topic> find(const std::string& name) {
+        std::filesystem::path file = fileCalled(name);
+        if (file.empty()) {
+            const auto place = index().find(name);
+            if (place == index().end()) return std::nullopt;
+            file = place->second;
+        }
+        Topic topic = readTopic(file);
         topic.name = name;
         return topic;
     }
@@ -91,25 +93,31 @@ public:
         return readTopic(folder_ / "groups" / (group + ".txt"));
     }
 
-    [[nodiscard]] std::vector<std::string> names() const {
+    [[nodiscard]] std::vector<std::string> names() {
         std::vector<std::string> all;
-        for (const auto& [name, file] : files_) all.push_back(name);
+        for (const auto& [name, file] : index()) all.push_back(name);
         return all;
     }
 
     /// Names that a slip of the keyboard may have missed.
-    [[nodiscard]] std::vector<std::string> similar(const std::string& name) const {
+    [[nodiscard]] std::vector<std::string> similar(const std::string& name) {
         std::vector<std::string> found;
-        if (name.size() < 3) return found;
+        if (name.size() < 3 || name.size() > longestSlip) return found;
         const std::string lower = lowerCase(name);
         const int allowed = name.size() < 6 ? 1 : 2;
-        for (const auto& [other, file] : files_)
+        for (const auto& [other, file] : index())
             if (other.size() > 1 && spellingDistance(lower, lowerCase(other)) <= allowed)
                 found.push_back(other);
         return found;
     }
 
 private:
+    using Index = std::map<std::string, std::filesystem::path>;
+
+    /// Names are shorter; the comparison takes the product of both lengths.
+    static constexpr std::size_t longestSlip = 100;
+
+    /// The names in the first line of a file: the rest need not be read.
     static std::vector<std::string> namesIn(const std::filesystem::path& file) {
         constexpr std::string_view start = "topic:";
         std::ifstream in(file);
@@ -119,8 +127,26 @@ private:
         return {};
     }
 
+    [[nodiscard]] std::filesystem::path fileCalled(const std::string& name) const {
+        const bool isPlain = std::ranges::all_of(
+            name, [](char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; });
+        if (!isPlain || name.size() > longestSlip) return {};
+        for (const char* section : {"functions", "keywords", "topics", "constants"}) {
+            const std::filesystem::path file = folder_ / section / (name + ".txt");
+            if (std::ranges::count(namesIn(file), name) > 0) return file;
+        }
+        return {};
+    }
+
+    const Index& index() {
+        if (files_.empty())
+            for (const auto& file : textFilesIn(folder_))
+                for (const std::string& name : namesIn(file)) files_.emplace(name, file);
+        return files_;
+    }
+
     std::filesystem::path folder_;
-    std::map<std::string, std::filesystem::path> files_;
+    Index files_;
 };
 
 // ---- the text
@@ -253,7 +279,7 @@ std::string suggestions(const std::vector<std::string>& names) {
 Status answer(const std::string& name, bool detailed) {
     const std::filesystem::path folder = findDataFolder("help");
     if (folder.empty()) return failed;
-    const Library library(folder);
+    Library library(folder);
     std::string text;
     if (const auto topic = library.find(name))
         text = pageOf(*topic, library, detailed);

@@ -137,6 +137,38 @@ class Installation(InFolder):
         self.assertEqual(shown[-1], '5')
 
 
+class OwnHelper(InFolder):
+    """A helper in the program's directory takes the place of the installed one."""
+
+    def ask(self, home, script, line):
+        folder = os.path.join(self.folder, 'sub')
+        os.makedirs(folder)
+        for name in ('VorpenHelp', 'lookup'):
+            with open(os.path.join(folder, name), 'w', encoding='utf-8') as file:
+                file.write('#!/bin/sh\n' + script + '\n')
+            os.chmod(os.path.join(folder, name), 0o755)
+        done = subprocess.run([PROGRAM, '--home', home, '-e', line], cwd=self.folder, capture_output=True, text=True,
+                              stdin=subprocess.DEVNULL, timeout=60)
+        self.assertEqual(done.stderr, '')
+        return folded(done.stdout.splitlines())
+
+    def test_in_a_directory_given_by_a_relative_path(self):
+        script = 'echo "$0 $*" > "$(dirname "$0")/vorpenhelp.txt"'
+        path = os.path.join(os.path.realpath(self.folder), 'sub', 'VorpenHelp')
+        self.assertEqual(self.ask('sub', script, '??zz'), ['not recognized', path + ' zz ??'])
+
+    def test_its_answer_stands_in_its_working_directory_too(self):
+        shown = self.ask(os.path.join(self.folder, 'sub'), 'echo here > vorpenhelp.txt', '?zz')
+        self.assertEqual(shown, ['not recognized', 'here'])
+
+    def test_a_helper_that_hangs(self):
+        self.assertEqual(self.ask('sub', 'sleep 1000', '?zz'), ['not recognized', '(further help unavailable)'])
+
+    def test_a_helper_that_writes_without_end(self):
+        shown = self.ask('sub', 'yes | tee property_result.txt', 'property("a", "b")')
+        self.assertEqual(shown, ['problem with database lookup'])
+
+
 class Texts(unittest.TestCase):
     def test_each_file_has_known_sections(self):
         for path in topic_files():

@@ -36,19 +36,17 @@ int waitForStatus(pid_t process) {
 /// with all that it has started.
 int waitForStatus(pid_t process, double secondsAllowed) {
     using namespace std::chrono;
-    const auto end = Clock::now() + duration<double>(secondsAllowed);
-    // Most helpers are done within a few milliseconds; the longer one takes,
-    // the less a late answer matters.
-    auto nap = microseconds(200);
-    constexpr auto longestNap = microseconds(10000);
+    const auto start = Clock::now();
+    // The answer comes late by a tenth of the time that it took, at most.
+    constexpr duration<double> shortestNap = microseconds(200), longestNap = milliseconds(10);
     for (;;) {
         int status = 0;
         const pid_t ended = waitpid(process, &status, WNOHANG);
         if (ended == process) return statusOf(status);
         if (ended < 0 && errno != EINTR) return -1;
-        if (Clock::now() >= end) break;
-        std::this_thread::sleep_for(nap);
-        nap = std::min(nap * 2, longestNap);
+        const duration<double> elapsed = Clock::now() - start;
+        if (elapsed.count() >= secondsAllowed) break;
+        std::this_thread::sleep_for(std::clamp(elapsed / 10, shortestNap, longestNap));
     }
     kill(-process, SIGKILL);
     waitForStatus(process);

@@ -43,13 +43,15 @@ bool isProgram(const std::string& path) {
     return stat(path.c_str(), &facts) == 0 && S_ISREG(facts.st_mode) && access(path.c_str(), X_OK) == 0;
 }
 
-/// The first of the directories for helpers that holds the program.
+/// The first of the directories for helpers that holds the program, as a path
+/// that is good from any directory: the helper is started in another one.
 std::optional<std::string> findHelper(Host& host, const std::string& program) {
     std::vector<std::string> places{host.programDirectory()};
     for (auto& place : host.helperDirectories()) places.push_back(std::move(place));
     for (const auto& place : places) {
-        std::string path = inDirectory(place, program + std::string(programEnding));
-        if (isProgram(path)) return path;
+        const std::string path = inDirectory(place, program + std::string(programEnding));
+        std::error_code fault;
+        if (isProgram(path)) return std::filesystem::absolute(path, fault).string();
     }
     return std::nullopt;
 }
