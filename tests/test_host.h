@@ -3,6 +3,7 @@
 
 // The host of the tests: answers from a script and records what it was asked.
 
+#include <algorithm>
 #include <deque>
 #include <optional>
 #include <string>
@@ -35,6 +36,11 @@ public:
     std::optional<std::string> clipboard;
     std::deque<std::string> folders;
     std::string share;  ///< the directory of what comes with the program
+
+    /// Where helper programs are looked for beside the directory.
+    std::vector<std::string> helperPlaces;
+    /// Cuts the time that programs are allowed to this many seconds.
+    double secondsForPrograms = 1e9;
 
     void messageBox(std::string_view title, std::string_view text) override {
         boxes.push_back({std::string(title), std::string(text)});
@@ -76,6 +82,15 @@ public:
         slept_ += milliseconds / 1000;
     }
     double clockSeconds() override { return Host::clockSeconds() + slept_; }
+
+    std::vector<std::string> helperDirectories() override { return helperPlaces; }
+
+    int runProgram(const std::string& path, const std::vector<std::string>& arguments,
+                   const ProgramSettings& settings) override {
+        ProgramSettings shorter = settings;
+        shorter.secondsAllowed = std::min(shorter.secondsAllowed, secondsForPrograms);
+        return Host::runProgram(path, arguments, shorter);
+    }
 
     std::string startDirectory() override { return directory_; }
     std::string programDirectory() override { return directory_; }

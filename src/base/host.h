@@ -17,6 +17,14 @@
 
 namespace vorpen {
 
+/// How a program is started and what it may use up.
+struct ProgramSettings {
+    std::string directory;         ///< its working directory; empty: that of this process
+    double secondsAllowed = 0;     ///< it is ended when they are over; 0: as long as it likes
+    std::int64_t largestFile = 0;  ///< bytes that it may write into one file; 0: any number
+    bool silent = false;           ///< what it writes on its standard streams goes nowhere
+};
+
 class Host {
 public:
     virtual ~Host() = default;
@@ -68,9 +76,18 @@ public:
     /// answers its status.
     virtual int runCommand(const std::string& command);
 
-    /// Starts a program with arguments and waits; answers its status, or -1
-    /// when it could not be started.
-    virtual int runProgram(const std::string& path, const std::vector<std::string>& arguments);
+    /// The directories beside the program's own in which helper programs are
+    /// looked for: that of the executable, and where an installation puts them.
+    virtual std::vector<std::string> helperDirectories();
+
+    /// Starts a program with arguments, an empty standard input and no shell,
+    /// and waits; answers its status, or -1 when it could not be started, did
+    /// not end by itself or was ended because its time was over.
+    virtual int runProgram(const std::string& path, const std::vector<std::string>& arguments,
+                           const ProgramSettings& settings = {});
 };
+
+/// The directory of the executable of this process; empty when it is not known.
+[[nodiscard]] std::string executableDirectory();
 
 }  // namespace vorpen

@@ -16,6 +16,7 @@
 #include "builtins/file_handle_bodies.h"
 #include "builtins/function_bodies.h"
 #include "builtins/integration_bodies.h"
+#include "builtins/help_bodies.h"
 #include "builtins/language_bodies.h"
 #include "builtins/linear_bodies.h"
 #include "builtins/model_bodies.h"
@@ -88,7 +89,7 @@ constexpr Row<TicLikeBody> ticLikeTable[] = {
     absent<"fix", TicLikeBody>,
     absent<"unfix", TicLikeBody>,
     {"rnd", builtin::uniformNumber},
-    absent<"help", TicLikeBody>,
+    {"help", builtin::help},
     {"on", builtin::on},
     {"off", builtin::off},
     {"end", builtin::endOutsideIndex, END_OF_INDEX},
@@ -355,7 +356,7 @@ constexpr GeneralRow generalTable[] = {
     {"qload", builtin::loadValue, 1, 1, TYPED_BY_FILE},
     {"slf", builtin::straightLineFit, 2, 4},
     absentGeneral<"debugtest">(0, noLimit),
-    absentGeneral<"property">(2, 3, WORD_FORM),
+    {"property", builtin::property, 2, 3, WORD_FORM},
     {"$multiassign", builtin::assignEach, 1, noLimit},
     {"fzero", builtin::fzero, 1, 5, MAY_LEAVE_RESULT},
     {"differ", builtin::differ, 1, 3},

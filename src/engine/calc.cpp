@@ -5,6 +5,7 @@
 
 #include "base/errors.h"
 #include "builtins/engine_context.h"
+#include "engine/query.h"
 #include "engine/session.h"
 #include "eval/run_state.h"
 #include "frontend/function_declaration.h"
@@ -50,7 +51,7 @@ Calc::Calc(Host& host, bool isSecondary)
     resources_.addDirectory(programDirectory_);
     resources_.addDirectory(host_.shareDirectory());
     symbols_.setResourceLoader([this](const std::string& name) { return resources_.load(name); });
-    compiler_.setQueryHook([](std::span<const Token>) { raiseRuntimeError("help is not available yet"); });
+    compiler_.setQueryHook([this](std::span<const Token> tokens) { query(tokens, symbols_, host_, console_); });
     if (!isSecondary_) loadFormerRun();
 }
 

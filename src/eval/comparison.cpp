@@ -189,8 +189,9 @@ Outcome ComparatorElement::evaluate(Value* workspace) {
         const Outcome outcome = child(0)->evaluate(&local);
         if (outcome.isScalar() && second_.read(b))
             return Outcome::scalar(comparesTrue(accepted_, outcome.number, b), FORM_BOOL);
+        Workspace room(child(1)->type());
         IntValue result;
-        compareValues(op1_, *valueOf(outcome, &local), *child(1)->pValue(nullptr), result);
+        compareValues(op1_, *valueOf(outcome, &local), *child(1)->pValue(room.get()), result);
         return deliver(result, workspace);
     }
     return compareParts(workspace);

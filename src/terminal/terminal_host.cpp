@@ -5,7 +5,6 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include <climits>
 #include <cstdlib>
 #include <filesystem>
 
@@ -29,14 +28,6 @@ bool isSystemDirectory(std::string_view path) {
 std::string environmentText(const char* name) {
     const char* text = std::getenv(name);
     return text ? text : "";
-}
-
-std::string executableDirectory() {
-    std::array<char, PATH_MAX> path{};
-    const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
-    const std::string_view text(path.data(), length > 0 ? static_cast<std::size_t>(length) : 0);
-    const std::size_t slash = text.rfind('/');
-    return slash == std::string_view::npos ? std::string() : std::string(text.substr(0, slash));
 }
 
 void writeToStandardError(const std::string& text) {
@@ -172,9 +163,10 @@ int TerminalHost::runCommand(const std::string& command) {
     return Host::runCommand(command);
 }
 
-int TerminalHost::runProgram(const std::string& path, const std::vector<std::string>& arguments) {
+int TerminalHost::runProgram(const std::string& path, const std::vector<std::string>& arguments,
+                             const ProgramSettings& settings) {
     beforeWait();
-    return Host::runProgram(path, arguments);
+    return Host::runProgram(path, arguments, settings);
 }
 
 SignalsEndWait::SignalsEndWait(TextInput& input) : input_(input) {

@@ -57,7 +57,8 @@ public:
     /// and a built one finds what was built with it.
     std::string shareDirectory() override;
     int runCommand(const std::string& command) override;
-    int runProgram(const std::string& path, const std::vector<std::string>& arguments) override;
+    int runProgram(const std::string& path, const std::vector<std::string>& arguments,
+                   const ProgramSettings& settings) override;
 
 private:
     void beforeWait();
