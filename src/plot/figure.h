@@ -74,6 +74,7 @@ public:
     void setMenus(const std::vector<Menu>& menus);
     /// The id for a new control; fails when there are too many.
     int nextControlId();
+    void removeControl(int controlId);
 
     /// Appends the whole figure as SVG text.
     void writeSvg(std::string& out);

@@ -59,6 +59,9 @@ public:
     void reset();
 
 private:
+    [[nodiscard]] int smallestFreeNumber() const;
+    Figure& make(int number);
+
     std::vector<std::unique_ptr<Figure>> figures_;
     Figure* current_ = nullptr;
     FigureDesktop* desktop_ = nullptr;

@@ -5,6 +5,7 @@
 // wide it is on average paper. A window has fonts of its own and measures with
 // them; where there is none, the widths of the standard faces stand in for it.
 
+#include <cstdint>
 #include <string_view>
 
 namespace vorpen {
@@ -30,9 +31,9 @@ struct Font {
 [[nodiscard]] Font selectFont(Face face, int size, char code, int angle);
 
 /// Width of a text in thousandths of the font size, from the advance widths of
-/// the faces. Source: Adobe Systems, Font Metrics for the PostScript core 14
-/// fonts (1997): Times-Roman, Times-Bold and Courier by the Windows-1252
-/// encoding, Symbol by its own.
-[[nodiscard]] long faceWidth(Face face, bool bold, std::string_view text);
+/// the faces, without kerning. Source: Adobe Systems, Adobe Font Metrics of the
+/// core 14 fonts (1997): Times-Roman and Courier in the Windows-1252 encoding,
+/// Symbol in its own.
+[[nodiscard]] std::int64_t faceWidth(Face face, std::string_view text);
 
 }  // namespace vorpen

@@ -10,10 +10,12 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <span>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "plot/axis_scale.h"
@@ -131,6 +133,11 @@ public:
     /// the limits: the smaller pixel first.
     [[nodiscard]] std::array<int, 2> polylineRange() const;
 
+    /// Whether a place on an axis is within the limits, or out by no more than
+    /// rounding.
+    [[nodiscard]] bool showsX(double x) const;
+    [[nodiscard]] bool showsY(double y) const;
+
     /// The frame, its plot area and the clipped area in pixels.
     [[nodiscard]] FrameOutline outline() const;
     /// A rectangle given in fractions of the frame's box.
@@ -217,7 +224,10 @@ private:
     [[nodiscard]] double scaledX(double x) const;
     [[nodiscard]] double scaledY(double y) const;
     [[nodiscard]] int itemIndex(std::int32_t id) const;
+    void replotCurve(int index, Curve& curve, std::span<const double> x, std::span<const double> y);
     AxisTicks& axisTicks();
+    /// Draws in the figure's window, if it has one.
+    void onSurface(const std::function<void(FramePainter&)>& draw);
 
     static constexpr double minPixel = -32768, maxPixel = 32767;
 

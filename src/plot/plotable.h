@@ -82,11 +82,6 @@ public:
     void move(double dx, double dy) override;
     [[nodiscard]] PlotableKind kind() const override { return PlotableKind::Curve; }
     void changeStyle(std::string_view text) override;
-
-protected:
-    /// The look of curves and points that no style has changed.
-    static PlotStyle defaultStyle();
-    friend class SinglePoint;
 };
 
 /// A cross and a vertical bar with caps at each point.
@@ -161,6 +156,7 @@ public:
     bool filled;
     void draw(FramePainter& painter) override;
     [[nodiscard]] PlotableKind kind() const override { return PlotableKind::Circle; }
+    void changeStyle(std::string_view text) override;
 };
 
 /// A rectangle in data units.
@@ -171,6 +167,7 @@ public:
     bool filled;
     void draw(FramePainter& painter) override;
     [[nodiscard]] PlotableKind kind() const override { return PlotableKind::Box; }
+    void changeStyle(std::string_view text) override;
 };
 
 class MyBitmap final : public Plotable {
