@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "plot/svg_surface.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstring>
 #include <limits>
 
 #include "base/encoding.h"
@@ -16,6 +18,32 @@ namespace {
 constexpr int viewerFontSize = 16;
 
 constexpr std::size_t numberSize = 11;  ///< of the text of an int at most
+
+/// The text of a number below 1000, which most pixels are.
+struct ShortNumber {
+    std::array<char, 3> digits{};
+    unsigned char length = 0;
+};
+
+constexpr std::array<ShortNumber, 1000> shortNumbers = [] {
+    std::array<ShortNumber, 1000> table;
+    for (int n = 0; n < 1000; ++n) {
+        ShortNumber& text = table[static_cast<std::size_t>(n)];
+        for (const int power : {100, 10, 1})
+            if (n >= power || power == 1)
+                text.digits[text.length++] = static_cast<char>('0' + n / power % 10);
+    }
+    return table;
+}();
+
+/// Writes a number and answers its end; there must be room for numberSize.
+char* writeNumber(char* at, int n) {
+    const auto index = static_cast<unsigned>(n);
+    if (index >= shortNumbers.size()) return std::to_chars(at, at + numberSize, n).ptr;
+    const ShortNumber& text = shortNumbers[index];
+    std::memcpy(at, &text, sizeof text);
+    return at + text.length;
+}
 
 std::string_view anchorName(TextAnchor anchor) {
     switch (anchor) {
@@ -77,8 +105,7 @@ void SvgSurface::finish() {
 
 void SvgSurface::number(int n) {
     std::array<char, numberSize> digits;
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), n).ptr;
-    out_.append(digits.data(), end);
+    out_.append(digits.data(), writeNumber(digits.data(), n));
 }
 
 void SvgSurface::colour(Colour colour) {
@@ -136,8 +163,10 @@ void SvgSurface::pointList(std::string_view element, std::span<const Pixel> poin
     out_ += '<';
     out_ += element;
     out_ += " points=\"\n";
-    // Gathered piecewise, since a long string is slow to append to number by
-    // number.
+    // Room at once for points of three digits, and a buffer, since a string is
+    // slow to append to number by number.
+    if (const std::size_t room = out_.size() + points.size() * 10; room > out_.capacity())
+        out_.reserve(std::max(room, 2 * out_.capacity()));
     constexpr std::size_t pointSize = 2 * numberSize + 3;
     std::array<char, 4096> buffer;
     char* const last = buffer.data() + buffer.size();
@@ -147,9 +176,9 @@ void SvgSurface::pointList(std::string_view element, std::span<const Pixel> poin
             out_.append(buffer.data(), at);
             at = buffer.data();
         }
-        at = std::to_chars(at, last, point.x).ptr;
+        at = writeNumber(at, point.x);
         *at++ = ' ';
-        at = std::to_chars(at, last, point.y).ptr;
+        at = writeNumber(at, point.y);
         *at++ = ',';
         *at++ = ' ';
     }
