@@ -12,7 +12,7 @@ namespace {
 
 /// No axis has more ticks than this. The rules of chooseTicks stay far below
 /// it unless rounding breaks down in a range that doubles cannot divide.
-constexpr int maxTicks = 1000;
+constexpr int maxTicks = 100;
 
 /// A power of ten above this is applied in two steps, since one would overflow.
 constexpr int maxPower = 300;
@@ -105,7 +105,9 @@ void chooseLinearTicks(AxisScale& axis, double min, double max) {
     const double anchor = anchorNear(min, axis.step);
     axis.first = anchor - std::ceil((anchor - min) / axis.step) * axis.step;
     if (axis.first - min < -1e-6 * (max - min)) axis.first += axis.step;
-    axis.count = toCount(std::ceil((max - min) * 1.0000000001 / axis.step));
+    // Up to rounding; the largest ranges have no room for that.
+    const double widened = (max - min) * 1.0000000001;
+    axis.count = toCount(std::ceil((std::isfinite(widened) ? widened : max - min) / axis.step));
     if ((axis.count - 1) * axis.step + axis.first > max) --axis.count;
 }
 
