@@ -164,7 +164,7 @@ void Figure::removeControl(int controlId) {
 void Figure::writeSvg(std::string& out) {
     const PixelRect area = client();
     SvgSurface surface(out, area.width(), area.height());
-    for (const auto& frame : frames_) frame->drawOn(surface);
+    for (const auto& frame : frames_) frame->drawOn(surface, false);
     surface.finish();
 }
 

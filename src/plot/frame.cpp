@@ -292,17 +292,17 @@ bool Frame::changeStyle(std::int32_t id, StyleChange change, std::string_view te
     if (parts.frame != id_ || !hasItem(parts.item)) return false;
     Plotable& changed = item(parts.item);
     auto* button = dynamic_cast<PlotableButton*>(&changed);
-    if (change == StyleChange::Text) {
-        auto* label = dynamic_cast<TextLabel*>(&changed);
-        if (label == nullptr && button == nullptr) return false;
-        (label ? label->text : button->text) = text;
-    } else if (changed.style.xorMode) {
-        drawItem(parts.item);
-        changed.changeStyle(text);
-        drawItem(parts.item);
+    if (change == StyleChange::Style && button == nullptr) {
+        changeShown(parts.item, [text](Plotable& shown) { shown.changeStyle(text); });
         return true;
+    }
+    auto* label = dynamic_cast<TextLabel*>(&changed);
+    if (change == StyleChange::Style) {
+        button->changeStyle(text);
+    } else if (label != nullptr || button != nullptr) {
+        (label != nullptr ? label->text : button->text) = text;
     } else {
-        changed.changeStyle(text);
+        return false;
     }
     if (button != nullptr)
         drawItem(parts.item);
@@ -311,19 +311,29 @@ bool Frame::changeStyle(std::int32_t id, StyleChange change, std::string_view te
     return true;
 }
 
+void Frame::changeShown(int index, const std::function<void(Plotable&)>& change) {
+    Plotable& changed = item(index);
+    const bool wasInverting = changed.style.xorMode;
+    if (wasInverting) drawItem(index);
+    change(changed);
+    if (wasInverting && changed.style.xorMode)
+        drawItem(index);
+    else
+        redraw();
+}
+
 bool Frame::moveItem(std::int32_t id, double dx, double dy) {
     const ItemId parts = ItemId::of(id);
     if (parts.frame != id_ || !hasItem(parts.item)) return false;
-    Plotable& moved = item(parts.item);
-    if (!moved.style.xorMode) {
-        moved.move(dx, dy);
-        redraw();
-        return true;
-    }
-    drawItem(parts.item);
-    moved.move(dx, dy);
-    drawItem(parts.item);
+    changeShown(parts.item, [dx, dy](Plotable& moved) { moved.move(dx, dy); });
     return true;
+}
+
+void Frame::placeItem(int index, double x, double y) {
+    changeShown(index, [x, y](Plotable& placed) {
+        placed.x = x;
+        placed.y = y;
+    });
 }
 
 // ---- Axes and labels --------------------------------------------------------------------
@@ -415,12 +425,12 @@ void Frame::redraw() {
     if (!wasHeld) Off();
 }
 
-void Frame::drawOn(DrawingSurface& surface) {
+void Frame::drawOn(DrawingSurface& surface, bool withCursors) {
     rescale();
     surface.beginFrame(outline());
     FramePainter painter(*this, surface);
     for (int k = 1; k < itemCount(); ++k)
-        if (item(k).visible) item(k).draw(painter);
+        if (item(k).visible && (withCursors || !item(k).isCursor)) item(k).draw(painter);
     if (itemCount() > 0) item(0).draw(painter);
     surface.endFrame();
 }

@@ -90,6 +90,7 @@ public:
     std::map<int, DragRegion> dragables;  ///< by item index
     CurveTracker tracker;
     std::vector<double> trackedX, trackedY;  ///< the curve that the tracker follows
+    std::size_t trackedIndex = 0;            ///< where the tracker is on it
 
     [[nodiscard]] Figure& figure() const { return figure_; }
     [[nodiscard]] int id() const { return id_; }
@@ -189,6 +190,8 @@ public:
     bool changeStyle(std::int32_t id, StyleChange change, std::string_view text);
     /// Moves an item by a distance in data units; false without such an item.
     bool moveItem(std::int32_t id, double dx, double dy);
+    /// Puts the anchor of an item, which must exist, at a place.
+    void placeItem(int index, double x, double y);
 
     // ---- Axes and labels ----
 
@@ -209,8 +212,8 @@ public:
     bool Off();
     /// Draws everything anew in the figure's window, if it has one.
     void redraw();
-    /// Draws everything on a surface.
-    void drawOn(DrawingSurface& surface);
+    /// Draws everything on a surface, with the cursors of the window or without.
+    void drawOn(DrawingSurface& surface, bool withCursors = true);
     /// Draws one item as it is now in the window; an inverting one that is
     /// there disappears.
     void drawItem(int index);
@@ -226,6 +229,9 @@ private:
     [[nodiscard]] int itemIndex(std::int32_t id) const;
     void replotCurve(int index, Curve& curve, std::span<const double> x, std::span<const double> y);
     AxisTicks& axisTicks();
+    /// Changes an item that is shown: between two drawings of an inverting one,
+    /// else before the frame is drawn anew.
+    void changeShown(int index, const std::function<void(Plotable&)>& change);
     /// Draws in the figure's window, if it has one.
     void onSurface(const std::function<void(FramePainter&)>& draw);
 

@@ -39,6 +39,7 @@ public:
     PlotStyle style;
     bool visible = true;
     bool dragable = false;
+    bool isCursor = false;  ///< belongs to the window and not to the figure, so no file has it
 
     Plotable() = default;
     Plotable(double anchorX, double anchorY) : x(anchorX), y(anchorY) {}

@@ -77,9 +77,10 @@ TEST(Bmp, AnyBytesAreReadOrRefused) {
                                std::string(random() % 80, 'x'));
         for (int changes = 0; changes < 3; ++changes) file[2 + random() % 52] = static_cast<char>(random());
         const auto picture = decodeBmp(file);
-        if (picture)
+        if (picture) {
             EXPECT_EQ(picture->pixels.size(),
                       static_cast<std::size_t>(picture->width) * static_cast<std::size_t>(picture->height));
+        }
     }
 }
 
