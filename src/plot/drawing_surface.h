@@ -65,6 +65,7 @@ struct TextGroup {
     TextAnchor anchor = TextAnchor::Start;
     TextBaseline baseline = TextBaseline::Alphabetic;
     int angle = 0;  ///< degrees, 0 or 90
+    bool inverting = false;
 
     bool operator==(const TextGroup&) const = default;
 };

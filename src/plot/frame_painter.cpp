@@ -184,7 +184,7 @@ void FramePainter::drawText(int alignment, bool relative, std::string_view text,
     TextWriter writer(Face::Times, style.width, style.lineColour);
     writer.setAngle(angle);
     surface_.beginText({static_cast<TextAnchor>(std::min(alignment & 3, 2)),
-                        static_cast<TextBaseline>(std::clamp(alignment >> 2, 0, 2)), angle});
+                        static_cast<TextBaseline>(std::clamp(alignment >> 2, 0, 2)), angle, style.xorMode});
     writer.write(surface_, at.x, at.y, text);
     surface_.endText();
 }

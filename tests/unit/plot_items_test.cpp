@@ -270,6 +270,7 @@ TEST_F(ItemTest, TextLabels) {
     EXPECT_EQ(drawn(TextLabel(50, 102, "hi", "N", "k30", true)), "text 10 0; hi 299,1 30; end text");
     EXPECT_EQ(drawn(TextLabel(5, 5, "hi", "|", "k")), "text 11 90; hi 299,176 20; end text");
     EXPECT_EQ(drawn(TextLabel(5, 5, "", "N", "")), "");
+    EXPECT_EQ(drawn(TextLabel(5, 5, "a", "", "k^")), "text 11 0 inverting; a 299,176 20; end text");
     EXPECT_EQ(written(TextLabel(5, 5, "x_{1}^{2}", "SW", "")),
               "<svg style=\"fill: #000000; stroke: none; text-anchor:end; dominant-baseline:hanging; "
               "xml-space:preserve\">\n"

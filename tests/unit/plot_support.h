@@ -50,7 +50,8 @@ public:
     }
     void beginText(const TextGroup& group) override {
         add("text " + std::to_string(static_cast<int>(group.anchor)) +
-            std::to_string(static_cast<int>(group.baseline)) + " " + std::to_string(group.angle));
+            std::to_string(static_cast<int>(group.baseline)) + " " + std::to_string(group.angle) +
+            (group.inverting ? " inverting" : ""));
     }
     void text(Pixel at, std::string_view bytes, const Font& font, Colour colour) override {
         add(std::string(bytes) + places({&at, 1}) + " " + std::to_string(font.height) +
