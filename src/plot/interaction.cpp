@@ -24,8 +24,8 @@ Pixel anchorOf(const Frame& frame, const Plotable& item) {
                                              : frame.pixel(item.x, item.y);
 }
 
-std::int64_t squaredDistance(Pixel a, Pixel b) {
-    const std::int64_t dx = a.x - b.x, dy = a.y - b.y;
+double squaredDistance(Pixel a, Pixel b) {
+    const double dx = static_cast<double>(a.x) - b.x, dy = static_cast<double>(a.y) - b.y;
     return dx * dx + dy * dy;
 }
 
