@@ -200,7 +200,7 @@ TEST(Registry, FunctionsThatAreNotAvailableYet) {
     EXPECT_EQ(namesWith(NOT_AVAILABLE),
               (std::set<std::string>{
                   // windows and the console
-                   "fix", "unfix", "update", "getkeyb", "getch", "getline", "debug",
+                  "fix", "unfix", "update", "getkeyb", "getch", "getline", "debug",
                   "messageBox", "menu", "createButton", "debugtest",
                   // figures
                   "figure", "qplot", "subplot", "close", "grid", "getmouse", "setmouse", "getclick", "figpos", "wipe",
