@@ -4,6 +4,7 @@
 // The host of the tests: answers from a script and records what it was asked.
 
 #include <deque>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -34,6 +35,7 @@ public:
     std::deque<std::string> typedLines;  ///< in UTF-8
     std::optional<std::string> clipboard;
     std::deque<std::string> folders;
+    std::deque<std::function<void()>> events;  ///< of windows, served one at a time
 
     void messageBox(std::string_view title, std::string_view text) override {
         boxes.push_back({std::string(title), std::string(text)});
@@ -51,6 +53,13 @@ public:
         questions.push_back({std::string(title), std::string(start)});
         return take(folders);
     }
+
+    bool waitForEvent() override {
+        const auto event = take(events);
+        if (event) (*event)();
+        return event.has_value();
+    }
+    void pumpEvents() override { (void)waitForEvent(); }
 
     std::optional<int> readCharacter() override {
         if (typedLines.empty()) return std::nullopt;

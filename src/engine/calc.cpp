@@ -3,10 +3,12 @@
 
 #include "base/errors.h"
 #include "builtins/engine_context.h"
+#include "builtins/mouse_state.h"
 #include "eval/run_state.h"
 #include "frontend/function_declaration.h"
 #include "frontend/parser.h"
 #include "numerics/gsl_errors.h"
+#include "plot/figure_list.h"
 
 namespace vorpen {
 namespace {
@@ -49,6 +51,8 @@ Calc::Calc(Host& host, bool isSecondary)
 
 Calc::~Calc() {
     if (!isSecondary_) paths_.save(programDirectory_);
+    figureList().reset();
+    mouseState() = MouseState{};
     engineContext() = EngineContext{};
     runState().reset();
     setConsole(nullptr);
