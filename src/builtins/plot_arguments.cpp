@@ -75,17 +75,17 @@ void storeIds(Value& out, std::span<const std::int32_t> ids) {
 }
 
 FunctionSamples sampleFunction(std::span<FuncArgument> arguments, bool logarithmic, std::string_view command) {
-    constexpr std::size_t mostArguments = 4;
+    constexpr std::size_t mostArguments = 4, mostNumbers = 3;
     Require(arguments.size() <= mostArguments, "too many arguments", command);
     FunctionSamples samples;
     std::size_t count = arguments.size();
-    const bool oneInput = static_cast<const FuncRefElement*>(arguments[0].function)->inputCount() == 1;
-    if (count >= 3) {
-        const Value& last = plotValue(arguments[count - 1], command);
-        samples.hasStyle = isText(last);
-        Require(samples.hasStyle || (count == 3 && !oneInput), "style argument must be a string", command);
-        if (samples.hasStyle) samples.style = arguments[--count].value->text();
+    for (; count > 1 && isText(plotValue(arguments[count - 1], command)); --count) {
+        samples.hasStyle = true;
+        samples.style.insert(0, arguments[count - 1].value->text() + ' ');
     }
+    const bool oneInput = static_cast<const FuncRefElement*>(arguments[0].function)->inputCount() == 1;
+    Require(count < mostNumbers || (count == mostNumbers && !oneInput), "style argument must be a string",
+            command);
     const Range range = count > 1 ? rangeOf(arguments[count - 1], command) : currentRange();
 
     // The function gets points in place of the range.
@@ -94,8 +94,8 @@ FunctionSamples sampleFunction(std::span<FuncArgument> arguments, bool logarithm
     fillPoints(points.items(), range, logarithmic);
     std::array<FuncArgument, 3> call;
     call[0].function = arguments[0].function;
-    if (count == 3) call[1].value = arguments[1].value;
-    const std::size_t place = count == 3 ? 2 : 1;
+    if (count == mostNumbers) call[1].value = arguments[1].value;
+    const std::size_t place = count == mostNumbers ? 2 : 1;
     call[place].value = &points;
     const FunctionArgs bound =
         attributed(command, [&] { return bindFunctionArgs(std::span(call).first(place + 1)); });
