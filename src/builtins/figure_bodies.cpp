@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "builtins/engine_context.h"
-#include "builtins/mouse_state.h"
+#include "builtins/figure_waiting.h"
 #include "builtins/plot_arguments.h"
 #include "builtins/plot_drawing.h"
 #include "console/markup.h"

@@ -5,9 +5,10 @@
 #include <optional>
 
 #include "builtins/engine_context.h"
-#include "builtins/mouse_state.h"
+#include "builtins/figure_waiting.h"
 #include "builtins/plot_arguments.h"
 #include "builtins/plot_drawing.h"
+#include "plot/interaction.h"
 #include "values/list_value.h"
 
 namespace vorpen::builtin {
@@ -15,59 +16,24 @@ namespace {
 
 // ---- the mouse
 
-/// The letters of the entries 1 to 13.
-constexpr std::string_view entryLetters = "xylrcXYDimfFk";
-constexpr int userEntry = 10, resultEntry = 11, lastEntry = 13;
-
 int entryOf(double key, bool isLetter) {
-    if (isLetter) {
-        const std::size_t place = entryLetters.find(static_cast<char>(wholeNumber(key)));
-        Require(place != std::string_view::npos, "invalid index", "getmouse");
-        return static_cast<int>(place) + 1;
-    }
-    const int entry = wholeNumber(key);
-    Require(entry >= 0 && entry <= lastEntry, "invalid index", "getmouse");
+    const int number = wholeNumber(key);
+    const int entry = isLetter ? MouseState::entryOf(static_cast<char>(number)) : number;
+    Require(entry >= 0 && entry < MouseState::entryCount, "invalid index", "getmouse");
     return entry;
 }
 
-double oneOf(const DoubleValue& stored, std::string_view fault) {
-    Require(stored.size() == 1, fault, "getmouse");
-    return stored[0];
-}
-
 double entryValue(int entry) {
-    MouseState& mouse = mouseState();
-    switch (entry) {
-        case 0: mouse.pressed = false; return 0;
-        case 1: return mouse.mouseX;
-        case 2: return mouse.mouseY;
-        case 3: return mouse.leftDown;
-        case 4: return mouse.rightDown;
-        case 5: return mouse.pressed;
-        case 6: return mouse.pressX;
-        case 7: return mouse.pressY;
-        case 8: return mouse.doubleClicked;
-        case 9: return mouse.draggedItem;
-        case userEntry: return oneOf(mouse.userValue, "non-scalar argument");
-        case resultEntry: return oneOf(mouse.eventResult, "getmouse index invalid or used incorrectly");
-        case 12: return mouse.frameIndex;
-        default: return mouse.key;
-    }
+    if (entry != MOUSE_USER) return interaction().mouse.read(entry);
+    const DoubleValue& kept = engineContext().mouseValue;
+    Require(kept.size() == 1, "non-scalar argument", "getmouse");
+    return kept[0];
 }
 
 void storePair(DoubleValue& out, double x, double y) {
     shapeResult(out, 1, 2);
     out[0] = x;
     out[1] = y;
-}
-
-/// Serves events until the left button has been pressed once more; false
-/// where no event can come.
-bool awaitPress() {
-    const unsigned before = mouseState().leftPresses;
-    while (mouseState().leftPresses == before)
-        if (!engineContext().surroundings().waitForEvent()) return false;
-    return true;
 }
 
 // ---- controls
@@ -165,17 +131,16 @@ void mouseValues(const Value& keys, DoubleValue& out) {
     DoubleValue wanted;
     wanted.copyFrom(keys);
     serveFigureEvents();
-    const MouseState& mouse = mouseState();
-    if (wanted.isEmpty()) return storePair(out, mouse.mouseX, mouse.mouseY);
+    MouseState& mouse = interaction().mouse;
+    if (wanted.isEmpty()) return storePair(out, mouse[MOUSE_X], mouse[MOUSE_Y]);
     const auto entryAt = [&](int k) { return entryOf(wanted[k], wanted.isString()); };
-    if (wanted.size() == 1 && entryAt(0) == userEntry) return out.copyFrom(mouse.userValue);
-    if (wanted.size() == 1 && entryAt(0) == resultEntry) return out.copyFrom(mouse.eventResult);
+    if (wanted.size() == 1 && entryAt(0) == MOUSE_USER) return out.copyFrom(engineContext().mouseValue);
     shapeResult(out, wanted.nrow(), wanted.ncol());
     for (int k = 0; k < wanted.size(); ++k) out[k] = entryValue(entryAt(k));
 }
 
 void setMouseValue(const Value& value, DoubleValue& out) {
-    mouseState().userValue.copyFrom(value);
+    engineContext().mouseValue.copyFrom(value);
     out.assignDouble(1);
 }
 
@@ -185,17 +150,17 @@ void waitForClick(const Value& number, DoubleValue& out) {
     makeEmpty(out);
     if (figure < 0) return;
     if (figure > 0) attributed("getclick", [&] { (void)figureList().selectFigure(figure); });
-    if (!awaitPress()) return;
-    const MouseState& mouse = mouseState();
-    if (figure == 0) return storePair(out, mouse.mouseX, mouse.mouseY);
+    if (!waitForPress()) return;
+    MouseState& mouse = interaction().mouse;
+    if (figure == 0) return storePair(out, mouse[MOUSE_X], mouse[MOUSE_Y]);
     Require(figureList().currentFigure() != nullptr, "no figure open for mouse click", "getclick");
-    storePair(out, mouse.pressX, mouse.pressY);
+    storePair(out, mouse[MOUSE_PRESS_X], mouse[MOUSE_PRESS_Y]);
 }
 
 double keyDown() {
     Require(!figureList().figures().empty(), "no figure window is open", "getkeyb");
     serveFigureEvents();
-    return mouseState().key;
+    return interaction().mouse[MOUSE_KEY];
 }
 
 void makeDragable(const Value& ids, const DoubleValue* limits, Value& out) {
@@ -213,17 +178,12 @@ void makeDragable(const Value& ids, const DoubleValue* limits, Value& out) {
     }
     for (int k = 0; k < taken.size(); ++k) {
         const std::int32_t id = wholeNumber(taken[k]);
-        Frame& frame = attributed(command, [&]() -> Frame& { return figure.idToFrame(id); });
-        const int index = ItemId::of(id).item;
-        Require(frame.hasItem(index), "invalid id: no such item in the frame", command);
-        Limits region = frame.limits();
+        DragRegion region;
         if (hasLimits) {
             const auto column = [&](int c) { return (*limits)[c * limits->nrow() + k]; };
-            region = {column(0), column(1), column(2), column(3)};
+            region = {column(0), column(2), column(1) - column(0), column(3) - column(2)};
         }
-        frame.item(index).dragable = true;
-        frame.dragables[index] = {region.xmin, region.ymin, region.xmax - region.xmin,
-                                  region.ymax - region.ymin};
+        attributed(command, [&] { Interaction::makeDragable(figure, id, hasLimits ? &region : nullptr); });
     }
     out.assign(taken);
 }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "builtins/plot_bodies.h"
 
-#include "builtins/curve_tracker.h"
 #include "builtins/plot_arguments.h"
 #include "builtins/plot_drawing.h"
+#include "plot/interaction.h"
 
 namespace vorpen::builtin {
 namespace {
@@ -170,10 +170,10 @@ int quickPlot(const Value& data) {
 void functionPlot(std::span<FuncArgument> arguments, ExtraOutputs, Value& out) {
     constexpr std::string_view command = "fplot";
     Require(arguments[0].function != nullptr, "requires a function argument", command);
-    const FunctionSamples samples = sampleFunction(arguments, false, command);
+    FunctionSamples samples = sampleFunction(arguments, false, command);
     const std::int32_t id = plotOne(samples.x, samples.y, samples.hasStyle ? samples.style : "b");
     Frame& frame = figureList().requireFigure().currentFrame();
-    attributed(command, [&] { trackCurve(frame, samples.x, samples.y); });
+    attributed(command, [&] { trackCurve(frame, std::move(samples.x), std::move(samples.y)); });
     out.assignInt(id);
 }
 

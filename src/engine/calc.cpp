@@ -3,7 +3,6 @@
 
 #include "base/errors.h"
 #include "builtins/engine_context.h"
-#include "builtins/mouse_state.h"
 #include "eval/run_state.h"
 #include "frontend/function_declaration.h"
 #include "frontend/parser.h"
@@ -36,7 +35,8 @@ Calc::Calc(Host& host, bool isSecondary)
       paths_(host.startDirectory()),
       input_(paths_),
       symbols_(functions_),
-      compiler_(symbols_, input_) {
+      compiler_(symbols_, input_),
+      events_(functions_, host_) {
     setConsole(&console_);
     runState().reset();
     EngineContext& context = engineContext();
@@ -44,6 +44,7 @@ Calc::Calc(Host& host, bool isSecondary)
     context.host = &host_;
     context.paths = &paths_;
     context.evaluateText = [this](const std::string& text, DoubleValue& out) { evaluateText(text, out); };
+    interaction().setTarget(&events_);
     installGslErrorHandler();
     compiler_.setQueryHook([](std::span<const Token>) { raiseRuntimeError("help is not available yet"); });
     if (!isSecondary_) paths_.load(programDirectory_, host_);
@@ -51,8 +52,9 @@ Calc::Calc(Host& host, bool isSecondary)
 
 Calc::~Calc() {
     if (!isSecondary_) paths_.save(programDirectory_);
+    interaction().setTarget(nullptr);
+    interaction().reset();
     figureList().reset();
-    mouseState() = MouseState{};
     engineContext() = EngineContext{};
     runState().reset();
     setConsole(nullptr);

@@ -14,6 +14,7 @@
 
 #include "base/host.h"
 #include "console/console_text.h"
+#include "engine/event_functions.h"
 #include "eval/user_func.h"
 #include "files/dir.h"
 #include "frontend/input.h"
@@ -45,6 +46,7 @@ public:
     [[nodiscard]] Dir& paths() { return paths_; }
     [[nodiscard]] SymbolTable& symbols() { return symbols_; }
     [[nodiscard]] UserFunctionTable& functions() { return functions_; }
+    [[nodiscard]] EventFunctions& events() { return events_; }
 
 private:
     StatementPtr compileInput();
@@ -61,6 +63,7 @@ private:
     UserFunctionTable functions_;
     SymbolTable symbols_;
     StatementCompiler compiler_;
+    EventFunctions events_;
     std::string pendingFailure_;  ///< of a script that could not be begun
 };
 

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "builtins/mouse_state.h"
+#include "builtins/figure_waiting.h"
 
 #include "builtins/engine_context.h"
 #include "plot/figure_list.h"
+#include "plot/interaction.h"
 
 namespace vorpen {
 namespace {
@@ -18,8 +19,7 @@ public:
         }
     }
     ~PaintPause() {
-        if (Figure* figure = number_ > 0 ? figureList().find(number_) : nullptr)
-            figure->paused = !figure->paused;
+        if (Figure* figure = figureList().find(number_)) figure->paused = !figure->paused;
     }
     PaintPause(const PaintPause&) = delete;
     PaintPause& operator=(const PaintPause&) = delete;
@@ -30,14 +30,16 @@ private:
 
 }  // namespace
 
-MouseState& mouseState() {
-    static MouseState state;
-    return state;
-}
-
 void serveFigureEvents() {
     const PaintPause pause;
     engineContext().surroundings().pumpEvents();
+}
+
+bool waitForPress() {
+    const unsigned before = interaction().mouse.leftPresses;
+    while (interaction().mouse.leftPresses == before)
+        if (!engineContext().surroundings().waitForEvent()) return false;
+    return true;
 }
 
 }  // namespace vorpen
