@@ -65,8 +65,9 @@ void loadBitmap(const Value& name, const DoubleValue* option, Value& out) {
         frame.setPlotArea(wholeBox);
         frame.rescale();
     }
-    const std::int32_t id = attributed(
-        command, [&] { return addShown(frame, std::make_unique<MyBitmap>(0, 0, std::move(*picture), false)); });
+    const std::int32_t id = attributed(command, [&] {
+        return addShown(frame, std::make_unique<MyBitmap>(0, 0, std::move(*picture), false));
+    });
     DoubleValue answer;
     shapeResult(answer, 1, 3);
     answer[0] = id;
@@ -103,8 +104,7 @@ void snipImage(std::span<FuncArgument> arguments, ExtraOutputs, Value& out) {
 void pixelColour(const Value& id, const DoubleValue* place, Value& out) {
     constexpr std::string_view command = "getpixel";
     Require(place && place->size() == 2, "xy argument has the wrong size", command);
-    const Found found =
-        findPicture(idOf(id, "id not recognized", command), "id not recognized", command);
+    const Found found = findPicture(idOf(id, "id not recognized", command), "id not recognized", command);
     const Bitmap& picture = found.picture->picture;
     const int x = wholeNumber((*place)[0]), y = wholeNumber((*place)[1]);
     Require(picture.contains(x, y), "no such pixel in the bitmap", command);

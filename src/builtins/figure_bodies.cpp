@@ -182,7 +182,8 @@ std::string lowerCase(std::string text) {
 int selectFigure(const Value& number) {
     if (number.isEmpty()) return figureList().selectFigure(0);
     Require(number.isNumericKind() && number.valueType() != COMPLEX_VAL, "invalid argument type", "figure");
-    return attributed("figure", [&] { return figureList().selectFigure(wholeNumber(scalarArgument(number))); });
+    return attributed("figure",
+                      [&] { return figureList().selectFigure(wholeNumber(scalarArgument(number))); });
 }
 
 int closeFigure(int number) { return figureList().closeFigure(number); }

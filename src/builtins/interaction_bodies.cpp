@@ -50,7 +50,8 @@ struct ButtonArguments {
 char kindOf(const std::string& word) {
     Require(!word.empty(), "empty vector or string argument", "createButton");
     const char kind = word[0] >= 'A' && word[0] <= 'Z' ? static_cast<char>(word[0] - 'A' + 'a') : word[0];
-    Require(controlKinds.find(kind) != std::string_view::npos, "unrecognized kind of control", "createButton");
+    Require(controlKinds.find(kind) != std::string_view::npos, "unrecognized kind of control",
+            "createButton");
     return kind;
 }
 
@@ -69,7 +70,8 @@ ButtonArguments buttonArguments(std::span<FuncArgument> arguments) {
         }
         Require(!isFirst || v.size() > 1, "plotted-item-button not yet implemented", command);
         const PlotNumbers place(v, command);
-        Require(place.items().size() >= 2 && place.items().size() <= 5, "rect must have 2 to 5 values", command);
+        Require(place.items().size() >= 2 && place.items().size() <= 5, "rect must have 2 to 5 values",
+                command);
         result.place.assign(place.items().begin(), place.items().end());
     }
     return result;
@@ -112,7 +114,8 @@ std::vector<std::vector<std::string>> menusOf(const Value* v) {
     Require(v != nullptr, wrongMenuFormat, "menu");
     if (v->isNumericKind()) return {textsOf(v)};
     std::vector<std::vector<std::string>> menus;
-    for (const ListItem& item : static_cast<const ListValue*>(v)->items()) menus.push_back(textsOf(item.get()));
+    for (const ListItem& item : static_cast<const ListValue*>(v)->items())
+        menus.push_back(textsOf(item.get()));
     return menus;
 }
 
@@ -217,7 +220,8 @@ void createButton(std::span<FuncArgument> arguments, ExtraOutputs, Value& out) {
 void createMenus(std::span<FuncArgument> arguments, ExtraOutputs, Value& out) {
     const std::vector<std::string> headings = textsOf(arguments[0].value);
     const auto itemsOfMenus = menusOf(arguments[1].value);
-    Require(headings.size() == itemsOfMenus.size(), "number of menus does not match number of headings", "menu");
+    Require(headings.size() == itemsOfMenus.size(), "number of menus does not match number of headings",
+            "menu");
     Figure& figure = requireFigure("menu");
     std::vector<std::string> commands;
     std::vector<Menu> menus;

@@ -62,8 +62,7 @@ std::string plotText(const FuncArgument& argument, std::string_view command, std
 
 std::int32_t wholeNumber(double x) {
     using Limits32 = std::numeric_limits<std::int32_t>;
-    return static_cast<std::int32_t>(
-        std::clamp<std::int64_t>(countOf(x), Limits32::min(), Limits32::max()));
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(countOf(x), Limits32::min(), Limits32::max()));
 }
 
 void storeIds(Value& out, std::span<const std::int32_t> ids) {
@@ -74,7 +73,8 @@ void storeIds(Value& out, std::span<const std::int32_t> ids) {
     out.assign(row);
 }
 
-FunctionSamples sampleFunction(std::span<FuncArgument> arguments, bool logarithmic, std::string_view command) {
+FunctionSamples sampleFunction(std::span<FuncArgument> arguments, bool logarithmic,
+                               std::string_view command) {
     constexpr std::size_t mostArguments = 4, mostNumbers = 3;
     Require(arguments.size() <= mostArguments, "too many arguments", command);
     FunctionSamples samples;

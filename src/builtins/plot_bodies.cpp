@@ -222,9 +222,8 @@ void circle(const Value& place, const DoubleValue* second, Value& out) {
     const double radius = hasRadius ? scalarArgument(*second) : items[2];
     auto item = std::make_unique<MyCircle>(items[0], items[1], radius,
                                            second && !hasRadius ? second->text() : std::string());
-    const std::int32_t id = attributed(command, [&] {
-        return addShown(figureList().openFigure().currentFrame(), std::move(item));
-    });
+    const std::int32_t id = attributed(
+        command, [&] { return addShown(figureList().openFigure().currentFrame(), std::move(item)); });
     out.assignDouble(id);
 }
 

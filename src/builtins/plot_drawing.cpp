@@ -80,7 +80,8 @@ std::int32_t plotOne(std::span<const double> x, std::span<const double> y, std::
     if (x.size() == 1)
         item = std::make_unique<SinglePoint>(x[0], y[0], style);
     else
-        item = std::make_unique<Curve>(std::vector(x.begin(), x.end()), std::vector(y.begin(), y.end()), style);
+        item =
+            std::make_unique<Curve>(std::vector(x.begin(), x.end()), std::vector(y.begin(), y.end()), style);
     const int repeats = countRepeats(frame, x);
     if (style.empty() && (repeats == 1 || repeats == 2)) {
         item->style.lineColour = repeats == 1 ? secondColour : thirdColour;

@@ -12,9 +12,8 @@ void setLabel(std::span<FuncArgument> arguments, std::string_view command, char 
     const std::string words = plotText(arguments[0], command);
     const std::string style =
         arguments.size() > 1 ? plotText(arguments[1], command, "style argument must be a string") : "";
-    out.assignInt(attributed(command, [&] {
-        return figureList().openFigure().currentFrame().setLabel(words, style, which);
-    }));
+    out.assignInt(attributed(
+        command, [&] { return figureList().openFigure().currentFrame().setLabel(words, style, which); }));
 }
 
 // ---- text

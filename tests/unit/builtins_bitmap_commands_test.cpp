@@ -24,8 +24,8 @@ std::string picture() {
     const std::string red{"\x00\x00\xFF", 3}, green{"\x00\xFF\x00", 3}, blue{"\xFF\x00\x00", 3},
         white{"\xFF\xFF\xFF", 3}, black(3, '\0'), grey{"\x80\x80\x80", 3}, filler(3, '\0');
     return "BM" + number(78, 4) + number(0, 4) + number(54, 4) + number(40, 4) + number(3, 4) + number(2, 4) +
-           number(1, 2) + number(24, 2) + std::string(24, '\0') + white + black + grey + filler + red + green +
-           blue + filler;
+           number(1, 2) + number(24, 2) + std::string(24, '\0') + white + black + grey + filler + red +
+           green + blue + filler;
 }
 
 class Pictures : public ::testing::Test {
@@ -105,7 +105,9 @@ TEST_F(Pictures, AnyDamagedByteIsRefusedOrRead) {
     EXPECT_EQ(type("print \"fig\""), "1");
 }
 
-TEST_F(Pictures, AFolderIsNone) { EXPECT_EQ(type("loadBitmap(\".\")"), "in loadBitmap: bitmap failed to load"); }
+TEST_F(Pictures, AFolderIsNone) {
+    EXPECT_EQ(type("loadBitmap(\".\")"), "in loadBitmap: bitmap failed to load");
+}
 
 }  // namespace
 }  // namespace vorpen

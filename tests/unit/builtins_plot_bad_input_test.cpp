@@ -57,18 +57,32 @@ TEST(FaultOfAFile, IsFound) {
 }
 
 const std::vector<std::string> oddValues = {
-    "[]",        "0",          "-1",           "3",          "129",          "nan",           "inf",
-    "-inf",      "1e300",      "-1e300",       "5e-324",     "1:3",          "[1,nan,inf]",   "[nan,nan]",
-    "[0,1e300]", "[0,5e-324]", "[5,5]",        "[1;2]",      "[1,2;3,4]",    "[-1,-2,-3]",    "[0,1,0,1]",
-    "[1,0,1,0]", "zeros(3,4)", "1e6:2e6:1e12", "\"\"",       "\"r\"",        "\"#\"",         "\"^^##--99999999999\"",
-    "\"{\"",     "\"}}{r \"",  "\"\\{\\\"",    "\"on\"",     "\"full\"",     "\"{;\\a_{^{\"", "sin",
+    "[]",          "0",
+    "-1",          "3",
+    "129",         "nan",
+    "inf",         "-inf",
+    "1e300",       "-1e300",
+    "5e-324",      "1:3",
+    "[1,nan,inf]", "[nan,nan]",
+    "[0,1e300]",   "[0,5e-324]",
+    "[5,5]",       "[1;2]",
+    "[1,2;3,4]",   "[-1,-2,-3]",
+    "[0,1,0,1]",   "[1,0,1,0]",
+    "zeros(3,4)",  "1e6:2e6:1e12",
+    "\"\"",        "\"r\"",
+    "\"#\"",       "\"^^##--99999999999\"",
+    "\"{\"",       "\"}}{r \"",
+    "\"\\{\\\"",   "\"on\"",
+    "\"full\"",    "\"{;\\a_{^{\"",
+    "sin",
 };
 
 const std::vector<std::string> commands = {
-    "plot",   "loglog",   "semilogx", "semilogy",    "fill",         "qplot",   "fplot",    "errbar",     "barchart",
-    "circle", "axis",     "subplot",  "wipe",        "figpos",       "figure",  "grid",     "close",      "title",
-    "xlabel", "ylabel",   "text",     "replot",      "replot_move",  "set",     "dragable", "createButton",
-    "menu",   "getmouse", "setmouse", "useColour",   "getpixel",     "snipImage", "getclick",
+    "plot",     "loglog",      "semilogx", "semilogy",  "fill",         "qplot",  "fplot",
+    "errbar",   "barchart",    "circle",   "axis",      "subplot",      "wipe",   "figpos",
+    "figure",   "grid",        "close",    "title",     "xlabel",       "ylabel", "text",
+    "replot",   "replot_move", "set",      "dragable",  "createButton", "menu",   "getmouse",
+    "setmouse", "useColour",   "getpixel", "snipImage", "getclick",
 };
 
 class BadInput : public ::testing::Test {
@@ -95,14 +109,22 @@ TEST_F(BadInput, TwoArguments) {
 /// Calls in a random order, on figures that hold what earlier calls left.
 TEST_F(BadInput, AnyCallsOneAfterTheOther) {
     std::mt19937 random(20);
-    const auto oneOf = [&random](const std::vector<std::string>& list) { return list[random() % list.size()]; };
+    const auto oneOf = [&random](const std::vector<std::string>& list) {
+        return list[random() % list.size()];
+    };
     for (int round = 0; round < 3000; ++round) {
         std::string line = oneOf(commands) + "(" + oneOf(oddValues);
         for (unsigned more = random() % 4; more > 0; --more) line += "," + oneOf(oddValues);
         engine.type(line + ");");
-        if (round % 40 == 0) ASSERT_NO_FATAL_FAILURE(call("figure(" + std::to_string(round % 5) + ");"));
-        if (round % 97 == 0) ASSERT_NO_FATAL_FAILURE(call(round % 2 ? "fix;" : "unfix;"));
-        if (round % 500 == 0) ASSERT_NO_FATAL_FAILURE(call("close(0);"));
+        if (round % 40 == 0) {
+            ASSERT_NO_FATAL_FAILURE(call("figure(" + std::to_string(round % 5) + ");"));
+        }
+        if (round % 97 == 0) {
+            ASSERT_NO_FATAL_FAILURE(call(round % 2 ? "fix;" : "unfix;"));
+        }
+        if (round % 500 == 0) {
+            ASSERT_NO_FATAL_FAILURE(call("close(0);"));
+        }
     }
 }
 
@@ -119,8 +141,8 @@ TEST_F(BadInput, StylesOfAnyBytes) {
 }
 
 TEST_F(BadInput, RangesThatNeedAMillionTicks) {
-    for (const char* limits : {"[1e15,1e15+2,0,1]", "[0,1,1e16,1e16+4]", "[1,1+4e-16,0,1]", "[-1e-300,1e-300,-1,1]",
-                               "[1e9,1e9+1e-6,0,1]", "[-1e307,8e307,0,1]"}) {
+    for (const char* limits : {"[1e15,1e15+2,0,1]", "[0,1,1e16,1e16+4]", "[1,1+4e-16,0,1]",
+                               "[-1e-300,1e-300,-1,1]", "[1e9,1e9+1e-6,0,1]", "[-1e307,8e307,0,1]"}) {
         ASSERT_NO_FATAL_FAILURE(call(std::string("plot(1:3,1:3); axis(") + limits + ");"));
         std::string svg;
         figureList().requireFigure().writeSvg(svg);

@@ -52,7 +52,8 @@ public:
         session_.typeLine(line);
         session_.finishOutput();
         const std::size_t first = shown_.find_first_not_of(' ');
-        return first == std::string::npos ? "" : shown_.substr(first, shown_.find_last_not_of(' ') - first + 1);
+        return first == std::string::npos ? ""
+                                          : shown_.substr(first, shown_.find_last_not_of(' ') - first + 1);
     }
 
     TemporaryFolder folder;
