@@ -5,6 +5,7 @@
 
 #include "builtins/plot_arguments.h"
 #include "builtins/plot_drawing.h"
+#include "console/markup.h"
 
 namespace vorpen {
 namespace {
@@ -15,8 +16,7 @@ constexpr std::string_view markerStyle = "b+2 1", curveStyle = "m 1", residualSt
 constexpr std::string_view titleStyle = "20", remarkStyle = " 22";
 constexpr Colour white = 0xFFFFFF;
 
-/// Where remarks stand in percent of the axes: above the plot, as a title
-/// does, which then goes one line higher.
+/// Where remarks stand in percent of the axes: above the plot, as a title does.
 constexpr double remarkX = 10, remarkY = 102, lineHeight = 20;
 
 std::vector<double> joined(std::vector<double> first, std::span<const double> second) {
@@ -44,14 +44,27 @@ void clearFigure(Figure& figure) {
     figure.currentFrame().fixed = false;
 }
 
-void addTitle(Frame& frame, const std::string& title, const std::vector<std::string>& remarks) {
-    frame.setLabel(title, titleStyle, 't');
+void addText(Frame& frame, const std::string& text, std::string_view style) {
+    frame.addItem(std::make_unique<TextLabel>(remarkX, remarkY, text, "ne", style, true));
+}
+
+/// A title that is one run of text stands in the middle. Of several runs each
+/// would be centred by itself, so they go one behind the other from the left.
+void addTitle(Frame& frame, const std::string& title) {
+    const bool isOneRun = !holdsMarkup(title);
+    frame.setLabel(isOneRun ? title : "", titleStyle, 't');
+    if (!isOneRun) addText(frame, title, titleStyle);
+    frame.redraw();
+}
+
+/// Remarks take the place of the title, which goes one line higher.
+void addRemarks(Frame& frame, const std::vector<std::string>& remarks) {
     if (remarks.empty()) return;
     std::string line;
     for (const std::string& remark : remarks) line += (line.empty() ? "" : ",   ") + remark;
     const double percentOfPixel = 100.0 / std::max(frame.outline().plotArea.height(), 1);
     frame.firstItem<MainLabels>().first->title.y += lineHeight * percentOfPixel;
-    frame.addItem(std::make_unique<TextLabel>(remarkX, remarkY, line, "ne", remarkStyle, true));
+    addText(frame, line, remarkStyle);
     frame.redraw();
 }
 
@@ -64,7 +77,8 @@ void drawData(Frame& frame, const FitFigure& fit) {
         !fit.errors.empty() && !(fit.tickLimit && static_cast<double>(fit.x.size()) > *fit.tickLimit);
     if (showsErrors) addShown(frame, std::make_unique<ErrorBars>(fit.x, fit.y, fit.errors));
     addShown(frame, std::make_unique<Curve>(fit.curveX, fit.curveY, curveStyle));
-    addTitle(frame, fit.title, fit.labels);
+    addTitle(frame, fit.title);
+    addRemarks(frame, fit.labels);
     frame.fixed = false;
 }
 
@@ -75,7 +89,7 @@ void drawResiduals(Frame& frame, const FitFigure& fit, const Limits& above) {
     frame.setExactLimits({above.xmin, above.xmax, own.ymin, own.ymax});
     frame.rescale();
     addShown(frame, std::make_unique<Curve>(fit.x, fit.residuals, residualStyle));
-    addTitle(frame, fit.residualTitle, {});
+    addTitle(frame, fit.residualTitle);
 }
 
 }  // namespace

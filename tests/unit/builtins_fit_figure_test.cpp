@@ -76,6 +76,17 @@ TEST_F(FitFigures, ResidualsStandInAFrameBelow) {
     EXPECT_EQ(figure.placeOnScreen()[0], 640);
 }
 
+TEST_F(FitFigures, ATitleOfSeveralRunsStandsAtTheLeft) {
+    FitFigure fit = someFit();
+    fit.residualTitle = "Residuals.  ({$c}^{2} , {$n })=(3.1, 2)   =>   q = 0.2";
+    const Frame& below = drawn(fit).frame(1);
+    EXPECT_EQ(below.firstItem<MainLabels>().first->title.text, "");
+    const TextLabel* title = below.firstItem<TextLabel>().first;
+    ASSERT_NE(title, nullptr);
+    EXPECT_EQ(title->text, fit.residualTitle);
+    EXPECT_EQ(title->style.width, 20);
+}
+
 TEST_F(FitFigures, ASecondFitTakesThePlaceOfTheFirst) {
     FitFigure fit = someFit();
     fit.residualTitle = "Residuals.";
