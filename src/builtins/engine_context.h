@@ -22,11 +22,11 @@ struct EngineContext {
     /// Compiles a text as an expression and stores its value.
     std::function<void(const std::string& text, DoubleValue& out)> evaluateText;
 
-    /// What a script keeps with the mouse, by `setmouse`.
-    DoubleValue mouseValue{0.0};
-
     /// Where `toc` counts from, in seconds of the host's clock.
     double ticBase = 0;
+
+    /// What a script keeps with the mouse, by `setmouse`.
+    DoubleValue mouseValue{0.0};
 
     /// The surroundings; there must be some.
     [[nodiscard]] Host& surroundings() const;

@@ -2,7 +2,6 @@
 #include "builtins/interaction_bodies.h"
 
 #include <algorithm>
-#include <optional>
 
 #include "builtins/engine_context.h"
 #include "builtins/figure_waiting.h"
@@ -64,7 +63,10 @@ ButtonArguments buttonArguments(std::span<FuncArgument> arguments) {
         const bool isFirst = &argument == arguments.data();
         Require(!v.isEmpty(), "empty vector or string argument", command);
         if (isText(v)) {
-            (hasText ? void(result.kind = kindOf(v.text())) : void(result.text = v.text()));
+            if (hasText)
+                result.kind = kindOf(v.text());
+            else
+                result.text = v.text();
             hasText = true;
             continue;
         }
@@ -103,7 +105,7 @@ std::vector<std::string> textsOf(const Value* v) {
     }
     Require(isText(*v), wrongMenuFormat, "menu");
     const std::string all = v->text();
-    const auto width = static_cast<std::size_t>(v->ncol());
+    const auto width = static_cast<std::size_t>(std::max(v->ncol(), 1));
     for (std::size_t begin = 0; begin < all.size(); begin += width)
         texts.push_back(withoutBlanks(std::string_view(all).substr(begin, width)));
     return texts;

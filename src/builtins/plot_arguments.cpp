@@ -17,11 +17,37 @@ struct Range {
     double first = 0, last = 1;
 };
 
-Range rangeOf(const FuncArgument& argument, std::string_view command) {
-    const PlotNumbers numbers(plotValue(argument, command), command);
-    Require(!numbers.items().empty(), "illegal use of empty argument []", command);
-    Require(numbers.items().size() >= 2, "range must have two values", command);
-    return {numbers.items().front(), numbers.items().back()};
+/// One array with the ends, or the two of them.
+Range rangeOf(std::span<const FuncArgument> ends, std::string_view command) {
+    const PlotNumbers first(plotValue(ends.front(), command), command);
+    const PlotNumbers last(plotValue(ends.back(), command), command);
+    Require(!first.items().empty() && !last.items().empty(), "illegal use of empty argument []", command);
+    Require(first.items().size() >= 2 || ends.size() == 2, "range must have two values", command);
+    return {first.items().front(), last.items().back()};
+}
+
+bool isScalarAt(std::span<const FuncArgument> arguments, std::size_t i, std::string_view command) {
+    return plotValue(arguments[i], command).size() == 1;
+}
+
+/// Where the numbers behind a function stand.
+struct Places {
+    std::size_t parameter = 0;             ///< none when 0
+    std::size_t range = 0, rangeSize = 0;  ///< none when 0
+};
+
+Places placesOf(std::span<const FuncArgument> arguments, std::string_view command) {
+    const auto& function = *static_cast<const FuncRefElement*>(arguments[0].function);
+    const UserFunc* user = function.userFunction();
+    const bool needsParameter = (user ? user->minArguments() : function.inputCount()) > 1;
+    const std::size_t numbers = arguments.size() - 1;
+    if (numbers <= 1) return {0, numbers, numbers};
+    const bool endsInScalars =
+        isScalarAt(arguments, numbers - 1, command) && isScalarAt(arguments, numbers, command);
+    if (numbers == 2 && endsInScalars && !needsParameter) return {0, 1, 2};
+    const bool takesParameter = function.inputCount() > 1;
+    Require(takesParameter && (numbers == 2 || endsInScalars), "style argument must be a string", command);
+    return {1, 2, numbers - 1};
 }
 
 Range currentRange() {
@@ -75,27 +101,27 @@ void storeIds(Value& out, std::span<const std::int32_t> ids) {
 
 FunctionSamples sampleFunction(std::span<FuncArgument> arguments, bool logarithmic,
                                std::string_view command) {
-    constexpr std::size_t mostArguments = 4, mostNumbers = 3;
+    constexpr std::size_t mostArguments = 4;
     Require(arguments.size() <= mostArguments, "too many arguments", command);
     FunctionSamples samples;
-    std::size_t count = arguments.size();
-    for (; count > 1 && isText(plotValue(arguments[count - 1], command)); --count) {
+    for (; arguments.size() > 1 && isText(plotValue(arguments.back(), command));
+         arguments = arguments.first(arguments.size() - 1)) {
         samples.hasStyle = true;
-        samples.style.insert(0, arguments[count - 1].value->text() + ' ');
+        samples.style.insert(0, arguments.back().value->text() + ' ');
     }
-    const bool oneInput = static_cast<const FuncRefElement*>(arguments[0].function)->inputCount() == 1;
-    Require(count < mostNumbers || (count == mostNumbers && !oneInput), "style argument must be a string",
-            command);
-    const Range range = count > 1 ? rangeOf(arguments[count - 1], command) : currentRange();
+    const Places places = placesOf(arguments, command);
+    const Range range = places.range != 0
+                            ? rangeOf(arguments.subspan(places.range, places.rangeSize), command)
+                            : currentRange();
 
     // The function gets points in place of the range.
     DoubleValue points;
     shapeVector(points, samplePoints, false);
     fillPoints(points.items(), range, logarithmic);
     std::array<FuncArgument, 3> call;
+    const std::size_t place = places.parameter != 0 ? 2 : 1;
     call[0].function = arguments[0].function;
-    if (count == mostNumbers) call[1].value = arguments[1].value;
-    const std::size_t place = count == mostNumbers ? 2 : 1;
+    if (place == 2) call[1].value = arguments[places.parameter].value;
     call[place].value = &points;
     const FunctionArgs bound =
         attributed(command, [&] { return bindFunctionArgs(std::span(call).first(place + 1)); });

@@ -71,8 +71,8 @@ struct FunctionSamples {
     bool hasStyle = false;
 };
 
-/// Reads (f), (f, range), (f, parameter, range), each with strings behind it as
-/// style, and evaluates the function at 501 points: at equal distances, on a
+/// Reads (f), (f, [a, b]), (f, a, b), the last two also with a parameter
+/// behind the function, each with strings behind it as style, and evaluates the function at 501 points: at equal distances, on a
 /// logarithmic axis at equal factors. Without a range they lie between the
 /// limits of the current frame. Fails with "too many arguments", "style
 /// argument must be a string", "range must have two values" and as the call

@@ -12,8 +12,8 @@ namespace vorpen::builtin {
 /// Data sets one after the other, each with the strings behind it as style:
 /// (x, y), where each row of a matrix y is a curve; (m), the rows of a matrix
 /// against its first one; ([x, y], style), a point; (text, [x, y, w, h]), a
-/// box; and last [ymin, ymax], limits. Or a function: (f, range), (f,
-/// parameter, range), with a style. The first data set gives the limits.
+/// box; and last [ymin, ymax], limits. Or a function: (f, [a, b]), (f, a, b),
+/// (f, parameter, [a, b]), with a style. The first data set gives the limits.
 void plot(std::span<FuncArgument> arguments, ExtraOutputs extraOutputs, Value& out);
 void loglog(std::span<FuncArgument> arguments, ExtraOutputs extraOutputs, Value& out);
 void semilogx(std::span<FuncArgument> arguments, ExtraOutputs extraOutputs, Value& out);
@@ -25,8 +25,7 @@ void fill(std::span<FuncArgument> arguments, ExtraOutputs extraOutputs, Value& o
 /// One array with x and y as two rows or two columns.
 int quickPlot(const Value& data);
 
-/// (f), (f, range), (f, parameter, range), with a style: a function with a
-/// cursor that follows it.
+/// The forms of a function as in plot, with a cursor that follows its curve.
 void functionPlot(std::span<FuncArgument> arguments, ExtraOutputs extraOutputs, Value& out);
 
 /// (x, y, dy); dy is one error for all points or one for each.
