@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -41,6 +42,7 @@ public:
     std::vector<std::string> helperPlaces;
     /// Cuts the time that programs are allowed to this many seconds.
     double secondsForPrograms = 1e9;
+    std::deque<std::function<void()>> events;  ///< of windows, served one at a time
 
     void messageBox(std::string_view title, std::string_view text) override {
         boxes.push_back({std::string(title), std::string(text)});
@@ -58,6 +60,13 @@ public:
         questions.push_back({std::string(title), std::string(start)});
         return take(folders);
     }
+
+    bool waitForEvent() override {
+        const auto event = take(events);
+        if (event) (*event)();
+        return event.has_value();
+    }
+    void pumpEvents() override { (void)waitForEvent(); }
 
     std::optional<int> readCharacter() override {
         if (typedLines.empty()) return std::nullopt;

@@ -177,6 +177,8 @@ std::optional<std::string> Host::chooseFolder(std::string_view, std::string_view
 
 void Host::pumpEvents() {}
 
+bool Host::waitForEvent() { return false; }
+
 std::optional<int> Host::readCharacter() { return std::nullopt; }
 
 std::optional<std::string> Host::readLine() { return std::nullopt; }

@@ -47,6 +47,9 @@ public:
     /// Serves waiting events without blocking.
     virtual void pumpEvents();
 
+    /// Waits for an event and serves it; false where none can come.
+    virtual bool waitForEvent();
+
     /// One character typed at the console, waited for; nothing at the end of
     /// the input.
     virtual std::optional<int> readCharacter();

@@ -30,6 +30,9 @@ struct EngineContext {
     /// Where `toc` counts from, in seconds of the host's clock.
     double ticBase = 0;
 
+    /// What a script keeps with the mouse, by `setmouse`.
+    DoubleValue mouseValue{0.0};
+
     /// The surroundings; there must be some.
     [[nodiscard]] Host& surroundings() const;
     [[nodiscard]] Dir& directories() const;

@@ -8,6 +8,7 @@
 
 #include "base/errors.h"
 #include "builtins/array_bodies.h"
+#include "builtins/bitmap_bodies.h"
 #include "builtins/clock_bodies.h"
 #include "builtins/constants.h"
 #include "builtins/data_file_bodies.h"
@@ -17,9 +18,13 @@
 #include "builtins/function_bodies.h"
 #include "builtins/integration_bodies.h"
 #include "builtins/help_bodies.h"
+#include "builtins/figure_bodies.h"
+#include "builtins/interaction_bodies.h"
 #include "builtins/language_bodies.h"
 #include "builtins/linear_bodies.h"
 #include "builtins/model_bodies.h"
+#include "builtins/plot_bodies.h"
+#include "builtins/plot_label_bodies.h"
 #include "builtins/random_bodies.h"
 #include "builtins/reduction_bodies.h"
 #include "builtins/scalar_bodies.h"
@@ -86,15 +91,15 @@ constexpr Row<TicLikeBody> ticLikeTable[] = {
     {"tic", builtin::startClock},
     {"toc", builtin::elapsedMilliseconds},
     {"Toc", builtin::elapsedSeconds},
-    absent<"fix", TicLikeBody>,
-    absent<"unfix", TicLikeBody>,
+    {"fix", builtin::fixFrame},
+    {"unfix", builtin::unfixFrame},
     {"rnd", builtin::uniformNumber},
     {"help", builtin::help},
     {"on", builtin::on},
     {"off", builtin::off},
     {"end", builtin::endOutsideIndex, END_OF_INDEX},
-    absent<"update", TicLikeBody>,
-    absent<"getkeyb", TicLikeBody>,
+    {"update", builtin::updateFigure},
+    {"getkeyb", builtin::keyDown},
     absent<"getch", TicLikeBody>,
     {"pi", builtin::pi},
 };
@@ -154,12 +159,12 @@ constexpr Row<RealBody> realFuncTable[] = {
 };
 
 constexpr Row<IntBody> intFuncTable[] = {
-    absent<"close", IntBody>,
+    {"close", builtin::closeFigure},
     {"randseed", builtin::setSeed},
     {"pause", builtin::waitMilliseconds},
     {"wait", builtin::waitMilliseconds},
     {"lower", lowerCase},
-    absent<"grid", IntBody>,
+    {"grid", builtin::setGrid},
     {"fclose", builtin::closeFile},
     {"feof", builtin::endOfFile},
     {"bitweight", bitWeight},
@@ -202,9 +207,9 @@ constexpr Row<ValueToIntBody> valueToIntTable[] = {
     {"isempty", builtin::isEmpty},
     {"isscalar", builtin::isScalar},
     {"isvector", builtin::isVector},
-    absent<"figure", ValueToIntBody, EMPTY_ARGUMENT>,
-    absent<"qplot", ValueToIntBody>,
-    absent<"subplot", ValueToIntBody>,
+    {"figure", builtin::selectFigure, EMPTY_ARGUMENT},
+    {"qplot", builtin::quickPlot},
+    {"subplot", builtin::selectSubplot},
     {"isboolean", builtin::isBoolean},
     {"ischar", builtin::isString},
     {"setLU", builtin::factorise},
@@ -230,9 +235,9 @@ constexpr Row<BuiltinBody> vectorToDoubleTable[] = {
     {"vdiffer", builtin::sampledDerivative},
     {"top", builtin::top},
     {"pop", builtin::pop},
-    absentOf<"getmouse", VectorToDoubleBody, EMPTY_ARGUMENT>,
-    absentOf<"setmouse", VectorToDoubleBody>,
-    absentOf<"getclick", VectorToDoubleBody, EMPTY_ARGUMENT>,
+    {"getmouse", builtin::mouseValues, EMPTY_ARGUMENT},
+    {"setmouse", builtin::setMouseValue},
+    {"getclick", builtin::waitForClick, EMPTY_ARGUMENT},
     {"unique", builtin::unique},
     {"colsums", builtin::columnSums},
     {"rowsums", builtin::rowSums},
@@ -258,12 +263,12 @@ constexpr Row<BuiltinBody> vectorToIntTable[] = {
     {"polyshow", builtin::polynomialText},
     {"nextPerm", builtin::nextPermutation},
     {"prevPerm", builtin::previousPermutation},
-    absentOf<"figpos", VectorToIntBody, EMPTY_ARGUMENT>,
-    absentOf<"wipe", VectorToIntBody, EMPTY_ARGUMENT>,
+    {"figpos", builtin::figurePosition, EMPTY_ARGUMENT},
+    {"wipe", builtin::wipe, EMPTY_ARGUMENT},
     {"trim", builtin::trim},
     {"sortrows", builtin::sortedRowOrder},
     {"sysCommand", builtin::runSystemCommand},
-    absentOf<"useColour", VectorToIntBody>,
+    {"useColour", builtin::useColour},
     {"unzipg", builtin::components},
     absentOf<"getline", VectorToIntBody>,
     {"unzipkey", builtin::unpackKey},
@@ -285,10 +290,10 @@ constexpr Row<BuiltinBody> twoArgTable[] = {
     {"binomial", builtin::binomial},
     {"diag", builtin::diagonal},
     {"reshape", builtin::reshape},
-    absentOf<"dragable", TwoArgBody>,
+    {"dragable", builtin::makeDragable},
     {"str", builtin::toText},
     {"push", builtin::push},
-    absentOf<"replot_move", TwoArgBody>,
+    {"replot_move", builtin::moveItem},
     {"sort", builtin::sort},
     {"issubset", builtin::isSubset},
     {"intersect", builtin::intersection},
@@ -306,9 +311,9 @@ constexpr Row<BuiltinBody> twoArgTable[] = {
     {"before", builtin::before},
     {"error", builtin::fail},
     {"smooth", builtin::smoothed},
-    absentOf<"circle", TwoArgBody>,
-    absentOf<"getpixel", TwoArgBody>,
-    absentOf<"loadBitmap", TwoArgBody>,
+    {"circle", builtin::circle},
+    {"getpixel", builtin::pixelColour},
+    {"loadBitmap", builtin::loadBitmap},
     {"binary", builtin::binaryDigits},
 };
 
@@ -324,34 +329,34 @@ constexpr GeneralRow generalTable[] = {
     {"fft", builtin::fourierForward, 1, 1, ANY_ARGUMENT},
     {"ifft", builtin::fourierBackward, 1, 1, ANY_ARGUMENT},
     {"cdiag", builtin::complexDiagonal, 1, 1, ANY_ARGUMENT},
-    absentGeneral<"plot">(1, noLimit),
-    absentGeneral<"loglog">(1, noLimit),
-    absentGeneral<"semilogx">(1, noLimit),
-    absentGeneral<"semilogy">(1, noLimit),
+    {"plot", builtin::plot, 1, noLimit},
+    {"loglog", builtin::loglog, 1, noLimit},
+    {"semilogx", builtin::semilogx, 1, noLimit},
+    {"semilogy", builtin::semilogy, 1, noLimit},
     {"disp", builtin::display, 1, noLimit, ANY_ARGUMENT},
     {"cd", builtin::changeDirectory, 0, 1, WORD_FORM},
-    absentGeneral<"errbar">(3, 3),
-    absentGeneral<"barchart">(2, 3),
-    absentGeneral<"replot">(0, 3),
-    absentGeneral<"text">(2, 5),
-    absentGeneral<"title">(1, 2),
-    absentGeneral<"xlabel">(1, 2),
-    absentGeneral<"ylabel">(1, 2),
-    absentGeneral<"fill">(2, noLimit),
+    {"errbar", builtin::errorBars, 3, 3},
+    {"barchart", builtin::barChart, 2, 3},
+    {"replot", builtin::replot, 0, 3},
+    {"text", builtin::text, 2, 5},
+    {"title", builtin::title, 1, 2},
+    {"xlabel", builtin::labelX, 1, 2},
+    {"ylabel", builtin::labelY, 1, 2},
+    {"fill", builtin::fill, 2, noLimit},
     {"assert", builtin::assertTrue, 1, noLimit},
     absentGeneral<"debug">(0, noLimit),
-    absentGeneral<"createButton">(1, 3),
-    absentGeneral<"menu">(2, 2, ANY_ARGUMENT),
+    {"createButton", builtin::createButton, 1, 3},
+    {"menu", builtin::createMenus, 2, 2, ANY_ARGUMENT},
     {"dispfile", builtin::showFile, 1, 2},
     {"join", builtin::join, 1, 2, ANY_ARGUMENT},
-    absentGeneral<"print">(1, 1),
+    {"print", builtin::printFigure, 1, 1},
     {"save", builtin::saveTable, 2, noLimit, ANY_ARGUMENT},
     {"qsave", builtin::saveValue, 2, 2, ANY_ARGUMENT},
     {"writetext", builtin::writeLines, 2, 2, ANY_ARGUMENT},
     {"pad", builtin::pad, 2, 4},
-    absentGeneral<"snipImage">(2, 3),
-    absentGeneral<"fplot">(1, 3),
-    absentGeneral<"axis">(1, 4, EMPTY_ARGUMENT),
+    {"snipImage", builtin::snipImage, 2, 3},
+    {"fplot", builtin::functionPlot, 1, 3},
+    {"axis", builtin::axis, 1, 4, EMPTY_ARGUMENT},
     {"load", builtin::loadTable, 1, 2},
     {"qload", builtin::loadValue, 1, 1, TYPED_BY_FILE},
     {"slf", builtin::straightLineFit, 2, 4},
@@ -368,7 +373,7 @@ constexpr GeneralRow generalTable[] = {
     {"qinteg", builtin::qinteg, 2, 4},
     {"integ", builtin::integ, 0, noLimit},
     {"eigvv", builtin::eigenSystem, 1, 1},
-    absentGeneral<"set">(0, 2),
+    {"set", builtin::setParameter, 0, 2},
     {"ode", builtin::ode, 5, 5},
     {"odetest", builtin::odetest, 5, 5},
 };

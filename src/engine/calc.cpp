@@ -5,12 +5,14 @@
 
 #include "base/errors.h"
 #include "builtins/engine_context.h"
+#include "builtins/fit_figure_drawing.h"
 #include "engine/query.h"
 #include "engine/session.h"
 #include "eval/run_state.h"
 #include "frontend/function_declaration.h"
 #include "frontend/parser.h"
 #include "numerics/gsl_errors.h"
+#include "plot/figure_list.h"
 
 namespace vorpen {
 namespace {
@@ -39,7 +41,8 @@ Calc::Calc(Host& host, bool isSecondary)
       input_(paths_),
       symbols_(functions_),
       resources_(symbols_, input_),
-      compiler_(symbols_, input_) {
+      compiler_(symbols_, input_),
+      events_(functions_, host_) {
     setConsole(&console_);
     runState().reset();
     EngineContext& context = engineContext();
@@ -47,6 +50,8 @@ Calc::Calc(Host& host, bool isSecondary)
     context.host = &host_;
     context.paths = &paths_;
     context.evaluateText = [this](const std::string& text, DoubleValue& out) { evaluateText(text, out); };
+    context.drawFit = drawFitFigure;
+    interaction().setTarget(&events_);
     installGslErrorHandler();
     resources_.addDirectory(programDirectory_);
     resources_.addDirectory(host_.shareDirectory());
@@ -57,6 +62,9 @@ Calc::Calc(Host& host, bool isSecondary)
 
 Calc::~Calc() {
     if (!isSecondary_) saveForNextRun();
+    interaction().setTarget(nullptr);
+    interaction().reset();
+    figureList().reset();
     engineContext() = EngineContext{};
     runState().reset();
     setConsole(nullptr);

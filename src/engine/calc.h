@@ -15,6 +15,7 @@
 #include "base/host.h"
 #include "console/command_history.h"
 #include "console/console_text.h"
+#include "engine/event_functions.h"
 #include "eval/user_func.h"
 #include "files/dir.h"
 #include "frontend/input.h"
@@ -51,6 +52,7 @@ public:
     [[nodiscard]] SymbolTable& symbols() { return symbols_; }
     [[nodiscard]] UserFunctionTable& functions() { return functions_; }
     [[nodiscard]] ResourceFunctions& resources() { return resources_; }
+    [[nodiscard]] EventFunctions& events() { return events_; }
 
 private:
     void loadFormerRun();
@@ -71,6 +73,7 @@ private:
     SymbolTable symbols_;
     ResourceFunctions resources_;
     StatementCompiler compiler_;
+    EventFunctions events_;
     std::string pendingFailure_;  ///< of a script that could not be begun
 };
 

@@ -20,7 +20,7 @@ Figure* FigureList::find(int number) const {
 
 int FigureList::smallestFreeNumber() const {
     int number = 1;
-    while (find(number) != nullptr) ++number;
+    while (number <= maxNumber && find(number) != nullptr) ++number;
     return number;
 }
 

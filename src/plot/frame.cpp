@@ -175,7 +175,7 @@ FrameOutline Frame::outline() const {
 
 int Frame::lastItemOfKind(PlotableKind kind) const {
     for (int k = itemCount() - 1; k >= 0; --k)
-        if (item(k).kind() == kind) return k;
+        if (item(k).kind() == kind && !item(k).isCursor) return k;
     return -1;
 }
 

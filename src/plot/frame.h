@@ -162,7 +162,7 @@ public:
             if (T* found = dynamic_cast<T*>(&item(k))) return {found, k};
         return {nullptr, -1};
     }
-    /// The last item of a kind; -1 without one.
+    /// The last item of a kind that is no cursor; -1 without one.
     [[nodiscard]] int lastItemOfKind(PlotableKind kind) const;
     /// The frame's outline; null when the frame is wiped down to nothing.
     [[nodiscard]] BoxRel* boxItem() const { return findItem<BoxRel>(0); }

@@ -129,6 +129,7 @@ void Interaction::leftPress(Pixel at) {
         mouse[MOUSE_ITEM] = picked;
         if (picked != 0 && wants(onDragable)) fireEvent(onDragable, picked);
     }
+    ++mouse.leftPresses;
     fireEvent("onLDown");
 }
 

@@ -68,6 +68,7 @@ struct MouseState {
     static constexpr int entryCount = 14;
     std::array<double, entryCount> entries{};
     Pixel pixel, pressPixel;
+    unsigned leftPresses = 0;  ///< so far, for who waits for one
 
     [[nodiscard]] double& operator[](int entry) { return entries[static_cast<std::size_t>(entry)]; }
     /// An entry as a script reads it; it must exist.
