@@ -21,7 +21,7 @@ struct FitFigure {
     std::optional<double> tickLimit;  ///< the limit that the caller gave for ticks
 };
 
-/// Draws the figure, or says on the console that none can be made.
+/// Draws the figure.
 void drawFit(const FitFigure& figure);
 
 }  // namespace vorpen
