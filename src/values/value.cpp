@@ -9,6 +9,33 @@
 #include "values/mathmatrix.h"
 
 namespace vorpen {
+namespace {
+
+/// Levels of lists in a value that may become an item of another list: files
+/// are read to 1000 levels, and copying and destroying take room on the stack
+/// for each.
+constexpr int mostListLevels = 999;
+
+/// Counts the lists around a value while it is copied.
+class ListLevel {
+public:
+    explicit ListLevel(const Value& value) : counts_(value.valueType() == LIST_VAL) {
+        if (!counts_) return;
+        Require(level_ < mostListLevels, "lists nested too deeply");
+        ++level_;
+    }
+    ~ListLevel() {
+        if (counts_) --level_;
+    }
+    ListLevel(const ListLevel&) = delete;
+    ListLevel& operator=(const ListLevel&) = delete;
+
+private:
+    static inline constinit thread_local int level_ = 0;
+    bool counts_;
+};
+
+}  // namespace
 
 std::string_view formName(int form) {
     static constexpr std::string_view names[] = {"numeric", "bool",  "string", "complex", "key",  "---list",
@@ -60,6 +87,7 @@ std::unique_ptr<Value> newValue(int type) {
 }
 
 std::unique_ptr<Value> newValueCopy(const Value& value) {
+    const ListLevel level(value);
     auto copy = newHolder(value.valueType());
     copy->copyFrom(value);
     return copy;
