@@ -49,6 +49,7 @@ enum BuiltinTrait : unsigned {
     END_OF_INDEX = 16,    ///< `end`, which the parser deals with
     THREAD_SAFE = 32,     ///< plain arithmetic that may run on worker threads
     NOT_AVAILABLE = 64,   ///< the body only says that it is not there yet
+    PURE = 128,           ///< reads its arguments, which it checks first, and writes a result no larger
 };
 
 /// One row of the registry.
