@@ -352,7 +352,7 @@ constexpr GeneralRow generalTable[] = {
     absentGeneral<"debugtest">(0, noLimit),
     absentGeneral<"property">(2, 3, WORD_FORM),
     {"$multiassign", builtin::assignEach, 1, noLimit},
-    {"fzero", builtin::fzero, 1, 5},
+    {"fzero", builtin::fzero, 1, 5, KEEPS_RESULT},
     {"differ", builtin::differ, 1, 3},
     {"fminbrac", builtin::fminbrac, 2, 3},
     {"fmin", builtin::fmin, 2, 3},

@@ -50,6 +50,7 @@ enum BuiltinTrait : unsigned {
     THREAD_SAFE = 32,     ///< plain arithmetic that may run on worker threads
     NOT_AVAILABLE = 64,   ///< the body only says that it is not there yet
     PURE = 128,           ///< reads its arguments, which it checks first, and writes a result no larger
+    KEEPS_RESULT = 256,   ///< may leave its result as it finds it
 };
 
 /// One row of the registry.

@@ -48,6 +48,12 @@ void AssignStm::exe() {
     storeOutcome(*lhs_, outcome, workspace);
 }
 
+void KeepingAssignStm::exe() {
+    DoubleValue workspace(*lhs_);
+    const Outcome outcome = expression()->evaluate(&workspace);
+    storeOutcome(*lhs_, outcome, workspace);
+}
+
 void FastAssignStm::exe() {
     if (rhsType_ == INTEGER_VAL) return assignIntegers(*lhs_, *expression());
     const Outcome outcome = expression()->evaluate(lhs_);

@@ -36,6 +36,14 @@ protected:
     int rhsType_;  ///< the static type of the right side
 };
 
+/// For a call that may leave its result as it finds it: the result starts as a
+/// copy of the target.
+class KeepingAssignStm final : public AssignStm {
+public:
+    KeepingAssignStm(int line, DoubleValue* lhs, EvaluatablePtr rhs) : AssignStm(line, lhs, std::move(rhs)) {}
+    void exe() override;
+};
+
 /// For a right side that does not read the target: it is computed straight
 /// into it.
 class FastAssignStm final : public AssignStm {

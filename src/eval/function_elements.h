@@ -247,14 +247,19 @@ private:
 
 class GeneralFuncElement final : public MultiInputOutput_Element {
 public:
-    GeneralFuncElement(std::vector<EvaluatablePtr> arguments, int type, GeneralBody body)
-        : MultiInputOutput_Element(std::move(arguments), type), body_(body) {}
+    GeneralFuncElement(std::vector<EvaluatablePtr> arguments, int type, GeneralBody body,
+                       bool mayKeepResult = false)
+        : MultiInputOutput_Element(std::move(arguments), type), body_(body), mayKeepResult_(mayKeepResult) {}
     void run(ExtraOutputs extraOutputs, Value& out) override;
     [[nodiscard]] ElementKind elementKind() const override { return ElementKind::generalFunction; }
     [[nodiscard]] GeneralBody body() const { return body_; }
+    /// True for a body that may leave its result as it finds it, which has to
+    /// be the value of the target then.
+    [[nodiscard]] bool mayKeepResult() const { return mayKeepResult_; }
 
 private:
     GeneralBody body_;
+    bool mayKeepResult_;
 };
 
 }  // namespace vorpen

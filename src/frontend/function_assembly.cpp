@@ -133,7 +133,8 @@ EvaluatablePtr makeGeneralFunction(const BuiltinInfo& builtin, std::vector<Evalu
                                                           std::get<FunctorBody>(builtin.body));
         case GENERAL:
             return std::make_unique<GeneralFuncElement>(std::move(arguments), builtin.resultType,
-                                                        std::get<GeneralBody>(builtin.body));
+                                                        std::get<GeneralBody>(builtin.body),
+                                                        builtin.has(KEEPS_RESULT));
         default: throw SyntaxError{"vorpen bug: AppendFunc called with wrong function type"};
     }
 }
