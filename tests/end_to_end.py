@@ -58,14 +58,6 @@ class Session(unittest.TestCase):
 
 
 class Options(Session):
-    def test_examples_run_without_a_failure(self):
-        folder = os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', 'examples')
-        names = sorted(n for n in os.listdir(folder) if n.endswith('.vrp'))
-        self.assertGreaterEqual(len(names), 4)
-        for name in names:
-            with self.subTest(name):
-                self.assertTrue(any(self.shown(os.path.realpath(os.path.join(folder, name)))))
-
     def test_version_and_help(self):
         self.assertRegex(self.shown('--version')[0], r'^vorpen-cli \d+\.\d+\.\d+$')
         text = '\n'.join(self.shown('--help'))
@@ -118,6 +110,29 @@ class Options(Session):
 
     def test_no_markup_in_plain_output(self):
         self.assertEqual(self.shown('-e', '1+', status=1)[-1], 'dangling operator or more input needed')
+
+
+class Examples(Session):
+    """Each script in examples/ shows what examples/expected/ holds, to the last digit."""
+    FOLDER = os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', 'examples')
+
+    def names(self, folder, ending):
+        return sorted(n[:-len(ending)] for n in os.listdir(folder) if n.endswith(ending))
+
+    def test_each_has_its_expected_output(self):
+        names = self.names(self.FOLDER, '.vrp')
+        self.assertGreaterEqual(len(names), 10)
+        self.assertEqual(names, self.names(os.path.join(self.FOLDER, 'expected'), '.txt'))
+
+    def test_output(self):
+        for name in self.names(self.FOLDER, '.vrp'):
+            with self.subTest(name):
+                out, err, status = self.run_program(os.path.realpath(os.path.join(self.FOLDER, name + '.vrp')))
+                with open(os.path.join(self.FOLDER, 'expected', name + '.txt'), encoding='utf-8') as f:
+                    expected = f.read()
+                shown = [line.rstrip() for line in out.decode().splitlines()]
+                self.assertEqual(shown, expected.splitlines())
+                self.assertEqual((err, status), ('', 0))
 
 
 class ExitStatus(Session):

@@ -62,7 +62,7 @@ FunctionArgs bindFunctionArgs(std::span<FuncArgument> arguments, ArgumentForm fo
     return bound;
 }
 
-MethodFunction::MethodFunction(FuncRefElement& function) : function_(function) {
+MethodFunction::MethodFunction(FuncRefElement& function) : function_(function), realBody_(function.realBody()) {
     Require(function.type() == DOUBLE_VAL, "non-real result type not yet implemented");
 }
 

@@ -71,6 +71,7 @@ public:
     /// The first element of the answer at a number, which takes the place of
     /// the point. Fails as `evaluate` does.
     double valueAt(double x) {
+        if (realBody_ && !parameter_) return realBody_(x);
         const Outcome result = call(Outcome::scalar(x));
         return result.isScalar() ? result.number : asArray(result)[0];
     }
@@ -92,6 +93,7 @@ private:
     const DoubleValue& asArray(Outcome result);
 
     FuncRefElement& function_;
+    RealBody realBody_;
     DoubleValue* parameter_ = nullptr;
     DoubleValue* point_ = nullptr;
     DoubleValue workspace_;

@@ -50,7 +50,8 @@ enum BuiltinTrait : unsigned {
     THREAD_SAFE = 32,     ///< plain arithmetic that may run on worker threads
     NOT_AVAILABLE = 64,   ///< the body only says that it is not there yet
     TYPED_BY_FILE = 128,  ///< the value in the file of that name tells the type of the result
-    MAY_LEAVE_RESULT = 256,  ///< an assignment of the result may leave its target as it was
+    KEEPS_RESULT = 256,   ///< may leave its result as it finds it
+    PURE = 512,           ///< reads its arguments, which it checks first, and writes a result no larger
 };
 
 /// One row of the registry.

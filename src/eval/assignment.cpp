@@ -45,17 +45,19 @@ AssignStm::AssignStm(int line, DoubleValue* lhs, EvaluatablePtr rhs)
     : Statement(line, std::move(rhs)),
       lhs_(lhs),
       rhsType_(expression()->type()),
-      rhsNumber_(*expression()) {
-    const auto* call = dynamic_cast<const GeneralFuncElement*>(expression());
-    mayLeaveTarget_ = call && call->mayLeaveResult();
-}
+      rhsNumber_(*expression()) {}
 
 void AssignStm::exe() {
     double x;
     if (rhsNumber_.read(x)) return storeNumber(*lhs_, x, rhsNumber_.mark());
     if (rhsType_ == INTEGER_VAL) return assignIntegers(*lhs_, *expression());
     DoubleValue workspace;
-    if (mayLeaveTarget_) workspace.copyFrom(*lhs_);
+    const Outcome outcome = expression()->evaluate(&workspace);
+    storeOutcome(*lhs_, outcome, workspace);
+}
+
+void KeepingAssignStm::exe() {
+    DoubleValue workspace(*lhs_);
     const Outcome outcome = expression()->evaluate(&workspace);
     storeOutcome(*lhs_, outcome, workspace);
 }

@@ -40,9 +40,14 @@ protected:
     DoubleValue* lhs_;
     int rhsType_;  ///< the static type of the right side
     NumberSource rhsNumber_;
+};
 
-private:
-    bool mayLeaveTarget_;
+/// For a call that may leave its result as it finds it: the result starts as a
+/// copy of the target.
+class KeepingAssignStm final : public AssignStm {
+public:
+    KeepingAssignStm(int line, DoubleValue* lhs, EvaluatablePtr rhs) : AssignStm(line, lhs, std::move(rhs)) {}
+    void exe() override;
 };
 
 /// For a right side that does not read the target: it is computed straight

@@ -166,8 +166,8 @@ Value* AnsFuncElement::pValue(Value* workspace) {
     return workspace;
 }
 
-TwoArgFuncElement::TwoArgFuncElement(EvaluatablePtr first, EvaluatablePtr second, TwoArgBody body)
-    : With2Evaluatable(widened(std::move(first)), widened(std::move(second))), body_(body) {}
+TwoArgFuncElement::TwoArgFuncElement(EvaluatablePtr first, EvaluatablePtr second, TwoArgBody body, bool pure)
+    : With2Evaluatable(widened(std::move(first)), widened(std::move(second))), body_(body), pure_(pure) {}
 
 Value* TwoArgFuncElement::pValue(Value* workspace) {
     const Value& first = *child(0)->pValue(workspace);

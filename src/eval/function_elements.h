@@ -79,11 +79,17 @@ public:
     Value* pValue(Value* workspace) override;
 };
 
-/// A body that writes an array of doubles of its own shape.
+/// A body that writes an array of doubles of its own shape. A pure one does
+/// nothing else, so that its result may go straight into a variable.
 class DVal_DValFuncElement final : public BodyElement<VectorToDoubleBody, DOUBLE_VAL> {
 public:
-    using BodyElement::BodyElement;
+    DVal_DValFuncElement(EvaluatablePtr child, VectorToDoubleBody body, bool pure = false)
+        : BodyElement(std::move(child), body), pure_(pure) {}
     Value* pValue(Value* workspace) override;
+    [[nodiscard]] bool isPure() const override { return pure_ && childrenArePure(); }
+
+private:
+    bool pure_;
 };
 
 /// A body that writes an array of integers of its own shape.
@@ -145,15 +151,19 @@ private:
 };
 
 /// One argument of any numeric kind and a second one, which may be missing,
-/// delivered as doubles. An integer first argument is widened.
+/// delivered as doubles. An integer first argument is widened. Only a pure body
+/// with one argument counts as pure: a second one may be refused when the first
+/// has already been evaluated into the place of the result.
 class TwoArgFuncElement final : public With2Evaluatable {
 public:
-    TwoArgFuncElement(EvaluatablePtr first, EvaluatablePtr second, TwoArgBody body);
+    TwoArgFuncElement(EvaluatablePtr first, EvaluatablePtr second, TwoArgBody body, bool pure = false);
     Value* pValue(Value* workspace) override;
     [[nodiscard]] int type() const override { return DOUBLE_VAL; }
+    [[nodiscard]] bool isPure() const override { return pure_ && !child(1) && childrenArePure(); }
 
 private:
     TwoArgBody body_;
+    bool pure_;
 };
 
 /// A body that changes its argument, with or without a second one. The first
@@ -242,21 +252,21 @@ private:
 
 class GeneralFuncElement final : public MultiInputOutput_Element {
 public:
-    /// Some bodies may leave their result as it was; an assignment then leaves
-    /// its target.
     GeneralFuncElement(std::vector<EvaluatablePtr> arguments, int type, GeneralBody body,
-                       bool mayLeaveResult = false)
-        : MultiInputOutput_Element(std::move(arguments), type), body_(body), mayLeaveResult_(mayLeaveResult) {}
+                       bool mayKeepResult = false)
+        : MultiInputOutput_Element(std::move(arguments), type), body_(body), mayKeepResult_(mayKeepResult) {}
     void run(ExtraOutputs extraOutputs, Value& out) override;
     [[nodiscard]] ElementKind elementKind() const override { return ElementKind::generalFunction; }
     [[nodiscard]] GeneralBody body() const { return body_; }
-    [[nodiscard]] bool mayLeaveResult() const { return mayLeaveResult_; }
+    /// True for a body that may leave its result as it finds it, which has to
+    /// be the value of the target then.
+    [[nodiscard]] bool mayKeepResult() const { return mayKeepResult_; }
 
 private:
     Value* evaluateArgument(Evaluatable& argument, Workspaces& workspaces) override;
 
     GeneralBody body_;
-    bool mayLeaveResult_;
+    bool mayKeepResult_;
 };
 
 }  // namespace vorpen

@@ -5,6 +5,9 @@
 #include <array>
 
 #include "base/errors.h"
+#include "eval/elements.h"
+#include "eval/function_elements.h"
+#include "eval/store.h"
 
 namespace vorpen {
 
@@ -12,12 +15,18 @@ namespace {
 
 /// Makes the contents of a parameter those of an input.
 void setParameter(DoubleValue& parameter, Outcome input) {
-    if (input.isScalar()) {
-        parameter.assignDouble(input.number);
-        parameter.setMark(input.mark());
-    } else {
+    if (input.isScalar())
+        storeNumber(parameter, input.number, input.mark());
+    else
         parameter.copyFrom(*input.value());
-    }
+}
+
+/// The function of `f(x)` when the expression is that and nothing more.
+RealBody bodyOfCall(const Evaluatable& expression, const Value* x) {
+    const auto* call = dynamic_cast<const SimpleFuncElement*>(&expression);
+    if (!call) return nullptr;
+    const auto* argument = dynamic_cast<const ValueElement*>(&call->inner());
+    return argument && argument->variable() == x ? call->body() : nullptr;
 }
 
 /// An empty value of a kind, read only and shared.
@@ -34,6 +43,14 @@ Value* emptyValue(int type) {
 
 AnonymousFunction::AnonymousFunction(int parameterCount) {
     for (int i = 0; i < parameterCount; ++i) parameters_.push_back(std::make_unique<DoubleValue>());
+}
+
+void AnonymousFunction::setBody(EvaluatablePtr body) {
+    body_ = std::move(body);
+    isPure_ = body_->isPure();
+    const bool isReal = body_->type() != COMPLEX_VAL && body_->type() != LIST_VAL;
+    type_ = isReal ? int{DOUBLE_VAL} : body_->type();
+    if (parameters_.size() == 1) realBody_ = bodyOfCall(*body_, parameter(0));
 }
 
 /// Keeps the parameters' contents while a call runs: the body may lead back to
@@ -77,7 +94,7 @@ Outcome AnonymousFunction::call(std::span<const Outcome> inputs, Value* workspac
     const Frame frame(*this);
     for (std::size_t i = 0; i < inputs.size(); ++i) setInput(*parameters_[i], inputs[i]);
 
-    if (body_->type() == COMPLEX_VAL || body_->type() == LIST_VAL) {
+    if (type_ != DOUBLE_VAL) {
         Value* result = body_->pValue(workspace);
         if (result == workspace) return Outcome::of(result);
         workspace->copyFrom(*result);
@@ -98,13 +115,11 @@ Outcome AnonymousFunction::call(std::span<const Outcome> inputs, Value* workspac
 Value* FuncRefElement::pValue(Value*) { return emptyValue(type()); }
 
 int FuncRefElement::type() const {
-    if (function_) return function_->outputType();
-    const int type = anonymous_->body().type();
-    return type == COMPLEX_VAL || type == LIST_VAL ? type : int{DOUBLE_VAL};
+    return function_ ? function_->outputType() : anonymous_->type();
 }
 
 bool FuncRefElement::uses(const Value* v) const {
-    return function_ ? v == function_->token() : anonymous_->body().uses(v);
+    return function_ ? v == function_->token() : anonymous_->uses(v);
 }
 
 int FuncRefElement::inputCount() const {

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "eval/function_types.h"
 #include "eval/user_func.h"
 
 namespace vorpen {
@@ -23,11 +24,13 @@ public:
     explicit AnonymousFunction(int parameterCount);
     [[nodiscard]] int parameterCount() const { return static_cast<int>(parameters_.size()); }
     [[nodiscard]] DoubleValue* parameter(int i) { return parameters_[i].get(); }
-    void setBody(EvaluatablePtr body) {
-        body_ = std::move(body);
-        isPure_ = body_->isPure();
-    }
-    [[nodiscard]] const Evaluatable& body() const { return *body_; }
+    void setBody(EvaluatablePtr body);
+    /// The static type of a result.
+    [[nodiscard]] int type() const { return type_; }
+    [[nodiscard]] bool uses(const Value* v) const { return body_->uses(v); }
+    /// The built-in function that is all of the body, applied to the one
+    /// parameter; null for any other body.
+    [[nodiscard]] RealBody realBody() const { return realBody_; }
 
     /// The result is a scalar or stands in the workspace, which is of the
     /// body's kind, or a double where that is integer or unknown, and the
@@ -43,6 +46,8 @@ private:
 
     EvaluatablePtr body_;
     bool isPure_ = false;
+    int type_ = DOUBLE_VAL;
+    RealBody realBody_ = nullptr;
     int depth_ = 0;  ///< calls in progress
 };
 
@@ -65,6 +70,10 @@ public:
     /// Null for anything but a user function.
     [[nodiscard]] UserFunc* userFunction() const { return function_; }
     [[nodiscard]] int inputCount() const;
+
+    /// A function from number to number that does all that a call with a number
+    /// does; null where there is none.
+    [[nodiscard]] RealBody realBody() const { return anonymous_ ? anonymous_->realBody() : nullptr; }
 
     /// Calls the function with one input for each parameter, numbers or double
     /// values. The workspace is of the kind of type() and the caller's alone:

@@ -65,6 +65,7 @@ void insertReturn(BlockStm& body, Value& output) {
     if (output.valueType() != DOUBLE_VAL)
         throw SyntaxError{"insertReturn: output Value type not implemented"};
     Block& statements = body.statements();
+    if (statements.empty()) throw SyntaxError{"empty function"};
     StatementPtr& last = statements.back();
     if (dynamic_cast<const EvalStm*>(last.get())) {
         const int line = last->line();

@@ -74,6 +74,11 @@ bool allowsFastAssignment(const Evaluatable& rhs, const Value* variable) {
     return !rhs.uses(variable) && rhs.isPure();
 }
 
+bool mayKeepResult(const Evaluatable& rhs) {
+    return rhs.elementKind() == ElementKind::generalFunction &&
+           static_cast<const GeneralFuncElement&>(rhs).mayKeepResult();
+}
+
 StatementPtr makeArithmetic(int line, DoubleValue* x, char op, EvaluatablePtr rhs) {
     const int code = arithmeticCode(op);
     if (rhs->type() == INTEGER_VAL) return std::make_unique<OpAssignIntStm>(line, x, std::move(rhs), code);
@@ -100,6 +105,7 @@ StatementPtr makeWhole(int line, Value* variable, char op, EvaluatablePtr rhs) {
     if (grows) return std::make_unique<GrowAssignDStm>(line, x, std::move(rhs), op);
     if (op != '=') return makeArithmetic(line, x, op, std::move(rhs));
     if (allowsFastAssignment(*rhs, x)) return std::make_unique<FastAssignStm>(line, x, std::move(rhs));
+    if (mayKeepResult(*rhs)) return std::make_unique<KeepingAssignStm>(line, x, std::move(rhs));
     return std::make_unique<AssignStm>(line, x, std::move(rhs));
 }
 

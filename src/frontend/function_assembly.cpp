@@ -68,7 +68,7 @@ EvaluatablePtr makeValueFunction(const BuiltinInfo& builtin, EvaluatablePtr argu
 EvaluatablePtr makeVectorFunction(const BuiltinInfo& builtin, EvaluatablePtr argument) {
     argument = widened(std::move(argument));
     if (const auto* body = std::get_if<VectorToDoubleBody>(&builtin.body))
-        return std::make_unique<DVal_DValFuncElement>(std::move(argument), *body);
+        return std::make_unique<DVal_DValFuncElement>(std::move(argument), *body, builtin.has(PURE));
     if (const auto* body = std::get_if<VectorToIntBody>(&builtin.body))
         return std::make_unique<DVal_IValFuncElement>(std::move(argument), *body);
     if (const auto* body = std::get_if<ChangingToDoubleBody>(&builtin.body))
@@ -137,7 +137,7 @@ EvaluatablePtr makeGeneralFunction(const BuiltinInfo& builtin, std::vector<Evalu
             if (const auto* body = std::get_if<ChangingTwoArgBody>(&builtin.body))
                 return std::make_unique<ChangingTwoArgElement>(std::move(first), std::move(second), *body);
             return std::make_unique<TwoArgFuncElement>(std::move(first), std::move(second),
-                                                       std::get<TwoArgBody>(builtin.body));
+                                                       std::get<TwoArgBody>(builtin.body), builtin.has(PURE));
         case FUNCTOR:
             return std::make_unique<SimpleFunctorElement>(std::move(first), std::move(second),
                                                           std::get<FunctorBody>(builtin.body));
@@ -145,7 +145,7 @@ EvaluatablePtr makeGeneralFunction(const BuiltinInfo& builtin, std::vector<Evalu
             const int type = resultTypeOf(builtin, arguments);
             return std::make_unique<GeneralFuncElement>(std::move(arguments), type,
                                                         std::get<GeneralBody>(builtin.body),
-                                                        builtin.has(MAY_LEAVE_RESULT));
+                                                        builtin.has(KEEPS_RESULT));
         }
         default: throw SyntaxError{"vorpen bug: AppendFunc called with wrong function type"};
     }

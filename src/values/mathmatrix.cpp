@@ -3,6 +3,7 @@
 
 #include <gsl/gsl_blas.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 
@@ -29,6 +30,17 @@ int divideIntegers(int a, int b) {
 int remainderOfIntegers(int a, int b) {
     Require(b != 0, "integer division by zero");
     return b == -1 ? 0 : a % b;
+}
+
+/// The character whose code an element is, cut to 8 bits.
+template <class T>
+char characterOf(const T& item) {
+    if constexpr (std::is_same_v<T, int>)
+        return static_cast<char>(item);
+    else if constexpr (std::is_same_v<T, double>)
+        return static_cast<char>(truncateToInt(item));
+    else
+        return static_cast<char>(truncateToInt(item.real()));
 }
 
 int applyTo(int code, int a, int b) {
@@ -192,7 +204,7 @@ void MathMatrix<T>::assignString(std::string_view text) {
         raiseRuntimeError("you can't assign a character string to a complex value");
     } else {
         this->setSizeShapeMark(static_cast<std::int64_t>(text.size()), 1, FORM_STRING);
-        for (int i = 0; i < this->size_; ++i) (*this)[i] = static_cast<signed char>(text[i]);
+        std::ranges::transform(text, this->data(), [](char c) { return static_cast<signed char>(c); });
     }
 }
 
@@ -208,19 +220,16 @@ void MathMatrix<T>::stringItem(std::string& out, int i, int precision) const {
 
 template <class T>
 void MathMatrix<T>::toString(std::string& out) const {
-    const int rows = this->nrow_, columns = this->ncol();
-    out.clear();
-    out.reserve(this->size_);
-    for (int r = 0; r < rows; ++r)
-        for (int c = 0; c < columns; ++c) {
-            const T& item = (*this)[c * rows + r];
-            if constexpr (std::is_same_v<T, int>)
-                out += static_cast<char>(item);
-            else if constexpr (std::is_same_v<T, double>)
-                out += static_cast<char>(truncateToInt(item));
-            else
-                out += static_cast<char>(truncateToInt(item.real()));
-        }
+    const std::int64_t rows = this->nrow_, columns = this->ncol();
+    const T* const items = this->data();
+    out.resize(static_cast<std::size_t>(rows * columns));
+    char* to = out.data();
+    if (rows == 1) {
+        std::transform(items, items + columns, to, characterOf<T>);
+        return;
+    }
+    for (std::int64_t r = 0; r < rows; ++r)
+        for (std::int64_t c = 0; c < columns; ++c) *to++ = characterOf(items[c * rows + r]);
 }
 
 template <class T>

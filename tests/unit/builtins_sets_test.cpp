@@ -39,17 +39,55 @@ bool sameBits(double a, double b) {
     return (std::isnan(a) && std::isnan(b)) || (a == b && std::signbit(a) == std::signbit(b));
 }
 
+void expectOrderOfStableSort(std::vector<double> items, const std::string& what) {
+    std::vector<double> expected = items;
+    std::vector<std::uint32_t> order(items.size());
+    std::iota(order.begin(), order.end(), 0u);
+    std::ranges::stable_sort(order, comesBefore, [&](std::uint32_t i) { return items[i]; });
+    std::ranges::stable_sort(expected, comesBefore);
+    EXPECT_EQ(sortingOrder(items), order) << what;
+    sortAscending(items);
+    for (std::size_t i = 0; i < items.size(); ++i)
+        ASSERT_TRUE(sameBits(items[i], expected[i])) << what << " at " << i;
+}
+
 TEST(Ordering, AgreesWithAStableSortAtAnyLength) {
-    for (const int n : {0, 1, 2, 999, 1000, 1001, 5000, 20000}) {
-        std::vector<double> items = awkwardNumbers(n, n), expected = items;
-        std::vector<std::uint32_t> order(n);
-        std::iota(order.begin(), order.end(), 0u);
-        std::ranges::stable_sort(order, comesBefore, [&](std::uint32_t i) { return items[i]; });
-        std::ranges::stable_sort(expected, comesBefore);
-        EXPECT_EQ(sortingOrder(items), order) << n;
-        sortAscending(items);
-        for (int i = 0; i < n; ++i) ASSERT_TRUE(sameBits(items[i], expected[i])) << n << " at " << i;
-    }
+    for (const int n : {0, 1, 2, 999, 1000, 1001, 5000, 20000})
+        expectOrderOfStableSort(awkwardNumbers(n, n), std::to_string(n));
+}
+
+/// `groups` clusters of numbers so close to each other that they agree in the
+/// upper half of their bits.
+std::vector<double> clusters(int n, int groups, double width) {
+    std::mt19937_64 engine(n + groups);
+    std::vector<double> items(n);
+    for (double& x : items)
+        x = 1.0 + static_cast<double>(engine() % groups) + width * static_cast<double>(engine() % 1000);
+    return items;
+}
+
+TEST(Ordering, NumbersThatDifferInTheirLastBitsOnly) {
+    // Runs of a few, of some hundred and of thousands are sorted in ways of
+    // their own.
+    for (const int groups : {1, 3, 50, 1000})
+        for (const double width : {1e-15, 1e-13, 1e-10}) {
+            expectOrderOfStableSort(clusters(20000, groups, width), std::to_string(groups));
+            std::vector<double> negative = clusters(20000, groups, width);
+            for (double& x : negative) x = -x;
+            expectOrderOfStableSort(negative, "negative " + std::to_string(groups));
+        }
+}
+
+TEST(Ordering, SortedReversedAndAlternatingNumbers) {
+    std::vector<double> items(30000);
+    std::iota(items.begin(), items.end(), -15000.0);
+    expectOrderOfStableSort(items, "sorted");
+    std::ranges::reverse(items);
+    expectOrderOfStableSort(items, "reversed");
+    for (std::size_t i = 0; i < items.size(); ++i) items[i] = i % 2 == 0 ? 0.0 : -0.0;
+    expectOrderOfStableSort(items, "zeros");
+    for (std::size_t i = 0; i < items.size(); ++i) items[i] = i % 3 == 0 ? nan : i % 3 == 1 ? inf : -inf;
+    expectOrderOfStableSort(items, "no numbers");
 }
 
 TEST(Ordering, SkipsNothingWhenAllItemsAreEqual) {
