@@ -30,7 +30,7 @@ int countOf(const Frame& frame) {
     return count;
 }
 
-class FitFigures : public ::testing::Test {
+class FitDrawing : public ::testing::Test {
 protected:
     FitFigures() { figureList().reset(); }
     ~FitFigures() override { figureList().reset(); }
@@ -40,7 +40,7 @@ protected:
     }
 };
 
-TEST_F(FitFigures, ALineHasOneFrame) {
+TEST_F(FitDrawing, ALineHasOneFrame) {
     const Figure& figure = drawn(someFit());
     ASSERT_EQ(figure.frameCount(), 1);
     const Frame& frame = figure.frame(0);
@@ -61,7 +61,7 @@ TEST_F(FitFigures, ALineHasOneFrame) {
     EXPECT_FALSE(frame.fixed);
 }
 
-TEST_F(FitFigures, ResidualsStandInAFrameBelow) {
+TEST_F(FitDrawing, ResidualsStandInAFrameBelow) {
     FitFigure fit = someFit();
     fit.residualTitle = "Residuals.   q unavailable";
     const Figure& figure = drawn(fit);
@@ -76,7 +76,7 @@ TEST_F(FitFigures, ResidualsStandInAFrameBelow) {
     EXPECT_EQ(figure.placeOnScreen()[0], 640);
 }
 
-TEST_F(FitFigures, ATitleOfSeveralRunsStandsAtTheLeft) {
+TEST_F(FitDrawing, ATitleOfSeveralRunsStandsAtTheLeft) {
     FitFigure fit = someFit();
     fit.residualTitle = "Residuals.  ({$c}^{2} , {$n })=(3.1, 2)   =>   q = 0.2";
     const Frame& below = drawn(fit).frame(1);
@@ -87,7 +87,7 @@ TEST_F(FitFigures, ATitleOfSeveralRunsStandsAtTheLeft) {
     EXPECT_EQ(title->style.width, 20);
 }
 
-TEST_F(FitFigures, ASecondFitTakesThePlaceOfTheFirst) {
+TEST_F(FitDrawing, ASecondFitTakesThePlaceOfTheFirst) {
     FitFigure fit = someFit();
     fit.residualTitle = "Residuals.";
     drawn(fit);
@@ -96,7 +96,7 @@ TEST_F(FitFigures, ASecondFitTakesThePlaceOfTheFirst) {
     EXPECT_EQ(figureList().figures().size(), 1u);
 }
 
-TEST_F(FitFigures, AnyFrameOfTheUserGivesWay) {
+TEST_F(FitDrawing, AnyFrameOfTheUserGivesWay) {
     Figure& figure = figureList().openFigure();
     figure.selectFrame({0, 0.5, 1, 0.5});
     figure.currentFrame().fixed = true;
@@ -105,7 +105,7 @@ TEST_F(FitFigures, AnyFrameOfTheUserGivesWay) {
     EXPECT_EQ(countOf<Curve>(frame), 3);
 }
 
-TEST_F(FitFigures, ManyPointsGoWithoutErrorBars) {
+TEST_F(FitDrawing, ManyPointsGoWithoutErrorBars) {
     FitFigure fit = someFit();
     fit.tickLimit = 3;
     EXPECT_EQ(countOf<ErrorBars>(drawn(fit).frame(0)), 0);
@@ -115,7 +115,7 @@ TEST_F(FitFigures, ManyPointsGoWithoutErrorBars) {
     EXPECT_EQ(countOf<ErrorBars>(drawn(fit).frame(0)), 0);
 }
 
-TEST_F(FitFigures, WhatIsNotFiniteIsDrawnAllTheSame) {
+TEST_F(FitDrawing, WhatIsNotFiniteIsDrawnAllTheSame) {
     FitFigure fit = someFit();
     fit.curveY = {NAN, INFINITY};
     fit.errors = {NAN, 1, INFINITY, 0};
