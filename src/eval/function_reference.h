@@ -2,7 +2,7 @@
 #pragma once
 
 // A function handed to another function: by its name (`fzero(f, 1)`), or
-// written on the spot (`integ((x^2; x), 0, 1)`). As a value in an expression
+// written on the spot (`integ(x^2; x, [0,1])`). As a value in an expression
 // it is empty; the numerical built-ins find it among their arguments and call
 // it themselves, many times. So a call with numbers makes no value and the
 // frames of a function in progress are respected: a method may run inside the

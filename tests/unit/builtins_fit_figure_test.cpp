@@ -32,8 +32,8 @@ int countOf(const Frame& frame) {
 
 class FitDrawing : public ::testing::Test {
 protected:
-    FitFigures() { figureList().reset(); }
-    ~FitFigures() override { figureList().reset(); }
+    FitDrawing() { figureList().reset(); }
+    ~FitDrawing() override { figureList().reset(); }
     static const Figure& drawn(const FitFigure& fit) {
         drawFitFigure(fit);
         return *figureList().currentFigure();
