@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "eval/number_function.h"
 
-#include <typeinfo>
+#include <functional>
 
 #include "eval/assignment.h"
 #include "eval/control_flow.h"
@@ -12,14 +12,7 @@
 namespace vorpen {
 namespace {
 
-enum class Flow : unsigned char { next, done, unknown };
-
-class NumberStatement {
-public:
-    virtual ~NumberStatement() = default;
-    [[nodiscard]] virtual Flow exe(double* frame) const = 0;
-};
-
+using Flow = NumberStatement::Flow;
 using NumberStatementPtr = std::unique_ptr<NumberStatement>;
 using NodePtr = std::unique_ptr<NumberNode>;
 
@@ -59,71 +52,41 @@ private:
 
 enum class Truth : unsigned char { no, yes, unknown };
 
-class NumberCondition {
-public:
-    virtual ~NumberCondition() = default;
-    [[nodiscard]] virtual Truth test(const double* frame) const = 0;
-};
-
-using NumberConditionPtr = std::unique_ptr<NumberCondition>;
-
-template <class L, class R>
-class ComparisonNode final : public NumberCondition {
-public:
-    ComparisonNode(unsigned accepted, L left, R right)
-        : accepted_(accepted), left_(std::move(left)), right_(std::move(right)) {}
-    Truth test(const double* frame) const override {
+template <class Compare, class L, class R>
+struct Comparison {
+    L left;
+    R right;
+    [[nodiscard]] Truth test(const double* frame) const {
         double a, b;
-        if (!left_.read(frame, a) || !right_.read(frame, b)) return Truth::unknown;
-        return Truth{comparesTrue(accepted_, a, b)};
+        if (!left.read(frame, a) || !right.read(frame, b)) return Truth::unknown;
+        return Truth{Compare{}(a, b)};
     }
-
-private:
-    unsigned accepted_;
-    L left_;
-    R right_;
 };
 
-class NumberTruthNode final : public NumberCondition {
-public:
-    explicit NumberTruthNode(NodePtr number) : number_(std::move(number)) {}
-    Truth test(const double* frame) const override {
-        const NumberNode::Answer answer = number_->number(frame);
+struct NumberTruth {
+    NodePtr number;
+    [[nodiscard]] Truth test(const double* frame) const {
+        const NumberNode::Answer answer = number->number(frame);
         return answer.known ? Truth{isTrue(answer.number)} : Truth::unknown;
     }
-
-private:
-    NodePtr number_;
 };
 
 /// A condition with a branch for each truth; either may be missing.
+template <class Condition>
 class ChoiceNode final : public NumberStatement {
 public:
-    ChoiceNode(NumberConditionPtr condition, NumberStatementPtr yes, NumberStatementPtr no)
+    ChoiceNode(Condition condition, NumberStatementPtr yes, NumberStatementPtr no)
         : condition_(std::move(condition)), branches_{std::move(no), std::move(yes)} {}
     Flow exe(double* frame) const override {
-        const Truth truth = condition_->test(frame);
+        const Truth truth = condition_.test(frame);
         if (truth == Truth::unknown) return Flow::unknown;
         const NumberStatement* branch = branches_[static_cast<int>(truth)].get();
         return branch ? branch->exe(frame) : Flow::next;
     }
 
 private:
-    NumberConditionPtr condition_;
+    Condition condition_;
     NumberStatementPtr branches_[2];
-};
-
-class Compiled final : public NumberFunction {
-public:
-    Compiled(NumberStatementPtr body, int output) : body_(std::move(body)), output_(output) {}
-    NumberNode::Answer run(double* frame) const override {
-        if (body_->exe(frame) == Flow::unknown) return NumberNode::unknown;
-        return {frame[output_], true};
-    }
-
-private:
-    NumberStatementPtr body_;
-    int output_;
 };
 
 /// Makes the second form of a body; each way answers null where there is none.
@@ -164,33 +127,48 @@ private:
     }
 
     NumberStatementPtr buildChoice(Statement& choice, Statement* yes, Statement* no) {
-        NumberConditionPtr condition = buildCondition(*choice.expression());
-        if (!condition) return nullptr;
+        // The condition comes first, with what has its value by then.
+        auto* comparison = dynamic_cast<ComparatorElement*>(choice.expression());
+        if (!comparison) {
+            auto number = LaneBuilder(&slots_).build(*choice.expression());
+            return number ? withBranches(NumberTruth{nodeOf(std::move(*number))}, yes, no) : nullptr;
+        }
+        if (comparison->isChain()) return nullptr;
+        const LaneBuilder lane(&slots_);
+        auto left = lane.build(comparison->left()), right = lane.build(comparison->right());
+        if (!left || !right) return nullptr;
+        return std::visit(
+            [&](auto& l, auto& r) {
+                return buildComparison(comparison->accepted(), std::move(l), std::move(r), yes, no);
+            },
+            left->operand, right->operand);
+    }
+
+    template <class L, class R>
+    NumberStatementPtr buildComparison(unsigned accepted, L left, R right, Statement* yes, Statement* no) {
+        const auto with = [&](auto compare) {
+            using Condition = Comparison<decltype(compare), L, R>;
+            return withBranches(Condition{std::move(left), std::move(right)}, yes, no);
+        };
+        switch (accepted) {
+            case ORDER_LESS: return with(std::less<double>());
+            case ORDER_LESS | ORDER_EQUAL: return with(std::less_equal<double>());
+            case ORDER_EQUAL: return with(std::equal_to<double>());
+            case ORDER_GREATER: return with(std::greater<double>());
+            case ORDER_GREATER | ORDER_EQUAL: return with(std::greater_equal<double>());
+            default: return with(std::not_equal_to<double>());
+        }
+    }
+
+    template <class Condition>
+    NumberStatementPtr withBranches(Condition condition, Statement* yes, Statement* no) {
         const unsigned before = slots_.assigned;
         NumberStatementPtr first = yes ? build(*yes) : nullptr;
         const unsigned afterFirst = std::exchange(slots_.assigned, before);
         NumberStatementPtr second = no ? build(*no) : nullptr;
         if ((yes && !first) || (no && !second)) return nullptr;
         slots_.assigned &= afterFirst;
-        return std::make_unique<ChoiceNode>(std::move(condition), std::move(first), std::move(second));
-    }
-
-    NumberConditionPtr buildCondition(Evaluatable& element) {
-        const LaneBuilder lane(&slots_);
-        auto* comparison = dynamic_cast<ComparatorElement*>(&element);
-        if (!comparison) {
-            auto number = lane.build(element);
-            return number ? std::make_unique<NumberTruthNode>(nodeOf(std::move(*number))) : nullptr;
-        }
-        if (comparison->isChain()) return nullptr;
-        auto left = lane.build(comparison->left()), right = lane.build(comparison->right());
-        if (!left || !right) return nullptr;
-        return std::visit(
-            [&](auto& l, auto& r) -> NumberConditionPtr {
-                using Node = ComparisonNode<std::remove_reference_t<decltype(l)>, std::remove_reference_t<decltype(r)>>;
-                return std::make_unique<Node>(comparison->accepted(), std::move(l), std::move(r));
-            },
-            left->operand, right->operand);
+        return std::make_unique<ChoiceNode<Condition>>(std::move(condition), std::move(first), std::move(second));
     }
 
     NumberStatementPtr buildReturn(ReturnStm& statement) {
@@ -247,7 +225,7 @@ std::unique_ptr<NumberFunction> NumberFunction::compile(UserFunc& function, Stat
     BodyBuilder builder(slots, output);
     auto compiled = builder.build(body);
     if (!compiled || !builder.endsWithOutput()) return nullptr;
-    return std::make_unique<Compiled>(std::move(compiled), builder.output());
+    return std::make_unique<NumberFunction>(std::move(compiled), builder.output());
 }
 
 }  // namespace vorpen

@@ -21,18 +21,34 @@
 
 namespace vorpen {
 
+class Statement;
 class UserFunc;
+
+/// A statement of such a body.
+class NumberStatement {
+public:
+    enum class Flow : unsigned char { next, done, unknown };
+
+    virtual ~NumberStatement() = default;
+    [[nodiscard]] virtual Flow exe(double* frame) const = 0;
+};
 
 class NumberFunction {
 public:
-    virtual ~NumberFunction() = default;
+    NumberFunction(std::unique_ptr<NumberStatement> body, int output) : body_(std::move(body)), output_(output) {}
 
     /// Null when the body asks for more.
-    static std::unique_ptr<NumberFunction> compile(UserFunc& function, class Statement& body,
-                                                   const Value& output);
+    static std::unique_ptr<NumberFunction> compile(UserFunc& function, Statement& body, const Value& output);
 
     /// The frame holds the arguments first.
-    [[nodiscard]] virtual NumberNode::Answer run(double* frame) const = 0;
+    [[nodiscard]] NumberNode::Answer run(double* frame) const {
+        if (body_->exe(frame) == NumberStatement::Flow::unknown) return NumberNode::unknown;
+        return {frame[output_], true};
+    }
+
+private:
+    std::unique_ptr<NumberStatement> body_;
+    int output_;
 };
 
 }  // namespace vorpen

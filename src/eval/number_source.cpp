@@ -388,7 +388,8 @@ std::optional<LaneNumber> LaneBuilder::buildMatrixElement(const IndexedElementDo
 /// detour; one that is yet to be compiled may get such a form.
 std::optional<LaneNumber> LaneBuilder::buildCall(UserCallElement& element) const {
     const UserFunc& function = element.function();
-    if (function.hasBody() && !function.hasNumberFunction()) return std::nullopt;
+    if (!element.hasPlainArguments() || (function.hasBody() && !function.hasNumberFunction()))
+        return std::nullopt;
     if (element.arguments().size() != static_cast<std::size_t>(function.parameterCount())) return std::nullopt;
     std::vector<NodeOperand> arguments;
     for (Evaluatable* argument : element.arguments()) {

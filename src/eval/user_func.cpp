@@ -22,6 +22,7 @@ void UserFunc::resetFunction(FunctionDesc desc) {
     if (!sameSignature(desc_, desc)) ++version_;
     body_.reset();
     quickBody_ = numberBody_ = nullptr;
+    usedNumberFunction_ = nullptr;
     numberFunction_.reset();
     isOnNumbers_ = false;
     inputs_[0] = inputs_[1] = nullptr;
@@ -121,6 +122,7 @@ void UserFunc::describeCalls() {
         makesNumberFunction_ = true;
         numberFunction_ = NumberFunction::compile(*this, *body_, *output_);
         makesNumberFunction_ = false;
+        usedNumberFunction_ = numberFunction_.get();
         numberCredit_ = initialCredit;
     }
     const auto isDoubleLocal = [](const Framed& local) { return local.number != nullptr; };
@@ -131,6 +133,7 @@ void UserFunc::loseBody(std::string message) {
     assert(depth_ == 0);
     body_.reset();
     quickBody_ = numberBody_ = nullptr;
+    usedNumberFunction_ = nullptr;
     numberFunction_.reset();
     isOnNumbers_ = false;
     plain_ = false;

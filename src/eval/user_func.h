@@ -186,10 +186,8 @@ public:
     /// The same with numbers alone. The room is for the result.
     Outcome callQuickOnNumbers(Outcome first, Outcome second, DoubleValue& room, Value* workspace);
 
-    /// The form for numbers, or null.
-    [[nodiscard]] const NumberFunction* numberFunction() const {
-        return numberCredit_ > 0 ? numberFunction_.get() : nullptr;
-    }
+    /// The form for numbers while it is worth a call, or null.
+    [[nodiscard]] const NumberFunction* numberFunction() const { return usedNumberFunction_; }
     [[nodiscard]] bool hasNumberFunction() const { return numberFunction_ || makesNumberFunction_; }
     /// One call of that form. A function that again and again asks for more
     /// than numbers is not tried for ever.
@@ -199,7 +197,7 @@ public:
         ++depth_;
         const NumberNode::Answer answer = function.run(frame);
         --depth_;
-        if (depth_ == 0) numberCredit_ += answer.known ? numberCredit_ < initialCredit : -1;
+        if (depth_ == 0) noteNumberAnswer(answer.known);
         return answer;
     }
 
@@ -227,6 +225,12 @@ private:
         bool isParameter;
     };
 
+    void noteNumberAnswer(bool known) {
+        if (known)
+            numberCredit_ += numberCredit_ < initialCredit;
+        else if (--numberCredit_ == 0)
+            usedNumberFunction_ = nullptr;
+    }
     void inferOutput();
     void describeCalls();
 
@@ -284,6 +288,7 @@ private:
     bool makesNumberFunction_ = false;
     static constexpr int initialCredit = 64;
     int numberCredit_ = initialCredit;
+    const NumberFunction* usedNumberFunction_ = nullptr;
     Value* output_ = nullptr;
     std::unique_ptr<Value> inferredOutput_;
     std::vector<Value*> otherOutputs_;  ///< null until the body sets one
@@ -312,8 +317,10 @@ public:
     /// The form of the function for numbers, when it fits this call now; a
     /// debugger wants to see the statements run.
     [[nodiscard]] const NumberFunction* numberFunction() const {
-        return isPlainCall() && !runState().debugStepping ? function_->numberFunction() : nullptr;
+        return isForPresentSignature() && !runState().debugStepping ? function_->numberFunction() : nullptr;
     }
+    /// True when no argument asks for more than a number.
+    [[nodiscard]] bool hasPlainArguments() const { return plainArguments_; }
 
 protected:
     UserCallElement(UserFunc& function, std::vector<EvaluatablePtr> arguments)
