@@ -4,6 +4,7 @@
 #include <exception>
 
 #include "base/errors.h"
+#include "base/interrupt.h"
 #include "builtins/engine_context.h"
 #include "engine/session.h"
 #include "eval/run_state.h"
@@ -55,7 +56,7 @@ Calc::Calc(Host& host, bool isSecondary)
 }
 
 Calc::~Calc() {
-    if (!isSecondary_) saveForNextRun();
+    saveForNextRun();
     engineContext() = EngineContext{};
     runState().reset();
     setConsole(nullptr);
@@ -68,6 +69,7 @@ void Calc::loadFormerRun() {
 }
 
 void Calc::saveForNextRun() {
+    if (isSecondary_) return;
     // Whatever happens to one of the files, the others are still written.
     const auto attempt = [](const auto& save) {
         try {
@@ -118,6 +120,7 @@ bool Calc::run() {
     resources_.beginInput();
     runState().start();
     runState().forgetNotedLine();
+    forgetInterrupt();
     try {
         if (const StatementPtr statement = compileInput()) statement->exe();
         return true;

@@ -52,9 +52,12 @@ public:
     [[nodiscard]] UserFunctionTable& functions() { return functions_; }
     [[nodiscard]] ResourceFunctions& resources() { return resources_; }
 
+    /// Saves what the end of a primary engine saves, for a program that cannot
+    /// wait for that end. Nothing happens in a secondary one.
+    void saveForNextRun();
+
 private:
     void loadFormerRun();
-    void saveForNextRun();
     StatementPtr compileInput();
     void printError(const std::string& message);
     void printMessage(const std::string& message);

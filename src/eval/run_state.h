@@ -6,6 +6,7 @@
 // one run at a time, so there is one of these; everyone reaches it through
 // runState().
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <string_view>
@@ -56,18 +57,50 @@ public:
     /// needed.
     void moveToAns(Value& v);
 
+    /// How much of the outermost `for` loop is done, from 0 to 1, or -1 outside
+    /// loops. May be asked by any thread.
+    [[nodiscard]] double loopShare() const;
+
     /// Back to the state at the start of the program.
     void reset();
 
 private:
+    friend class LoopProgress;
+
     void selectAnswer(int type);
 
     int notedLine_ = 0;
     int answerType_ = DOUBLE_VAL;
     std::unique_ptr<Value> answers_[4];  ///< one for each kind
+    std::atomic<int> loopRounds_{0};      ///< of the outermost loop, 0 outside loops
+    std::atomic<int> loopRoundsDone_{0};
 };
 
 extern RunState theRunState;
 inline RunState& runState() { return theRunState; }
+
+/// The rounds of a `for` loop as they are counted for those who wait. Only the
+/// outermost loop is shown; any other counts for itself.
+class LoopProgress {
+public:
+    explicit LoopProgress(int rounds) {
+        RunState& state = runState();
+        if (rounds <= 0 || state.loopRounds_.load(std::memory_order_relaxed) != 0) return;
+        done_ = &state.loopRoundsDone_;
+        noteDone(0);
+        state.loopRounds_.store(rounds, std::memory_order_relaxed);
+    }
+    LoopProgress(const LoopProgress&) = delete;
+    LoopProgress& operator=(const LoopProgress&) = delete;
+    ~LoopProgress() {
+        if (done_ != &own_) runState().loopRounds_.store(0, std::memory_order_relaxed);
+    }
+
+    void noteDone(int rounds) { done_->store(rounds, std::memory_order_relaxed); }
+
+private:
+    std::atomic<int> own_{0};
+    std::atomic<int>* done_ = &own_;
+};
 
 }  // namespace vorpen

@@ -88,7 +88,8 @@ void UserFunc::releaseLocals() noexcept {
         if (local.value->size() > 1) local.value->clear();
 }
 
-void UserFunc::failWithoutRoom() const {
+void UserFunc::failToBegin() const {
+    checkInterrupt();
     Require(depth_ >= 0, "negative recursion depth: something is wrong", name());
     throw RuntimeError("max recursion depth exceeded", name());
 }
