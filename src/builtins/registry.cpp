@@ -9,6 +9,7 @@
 #include "base/errors.h"
 #include "builtins/array_bodies.h"
 #include "builtins/clock_bodies.h"
+#include "builtins/console_bodies.h"
 #include "builtins/constants.h"
 #include "builtins/data_file_bodies.h"
 #include "builtins/exact_bodies.h"
@@ -94,7 +95,7 @@ constexpr Row<TicLikeBody> ticLikeTable[] = {
     {"end", builtin::endOutsideIndex, END_OF_INDEX},
     absent<"update", TicLikeBody>,
     absent<"getkeyb", TicLikeBody>,
-    absent<"getch", TicLikeBody>,
+    {"getch", builtin::readCharacter},
     {"pi", builtin::pi},
 };
 
@@ -207,7 +208,7 @@ constexpr Row<ValueToIntBody> valueToIntTable[] = {
     {"isboolean", builtin::isBoolean},
     {"ischar", builtin::isString},
     {"setLU", builtin::factorise},
-    absent<"messageBox", ValueToIntBody>,
+    {"messageBox", builtin::showBox},
     {"isdefined", builtin::isDefined},
     {"isnum", builtin::isNumber},
 };
@@ -264,7 +265,7 @@ constexpr Row<BuiltinBody> vectorToIntTable[] = {
     {"sysCommand", builtin::runSystemCommand},
     absentOf<"useColour", VectorToIntBody>,
     {"unzipg", builtin::components},
-    absentOf<"getline", VectorToIntBody>,
+    {"getline", builtin::readLine},
     {"unzipkey", builtin::unpackKey},
 };
 

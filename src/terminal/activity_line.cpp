@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <string_view>
 
+#include "base/interrupt.h"
 #include "eval/run_state.h"
 #include "terminal/terminal_mode.h"
 
@@ -76,6 +77,7 @@ void ActivityLine::begin() {
     {
         const std::lock_guard lock(mutex_);
         running_ = true;
+        keysErased_ = false;
         start_ = now();
     }
     if (!thread_.joinable()) {
@@ -128,7 +130,10 @@ void ActivityLine::draw(double seconds) {
 }
 
 void ActivityLine::erase() {
-    if (!drawn_) return;
+    // The terminal shows the keys of an interrupt at the cursor.
+    const bool showsKeys = isInterrupted() && !keysErased_ && !rowTaken_;
+    keysErased_ = keysErased_ || showsKeys;
+    if (!drawn_ && !showsKeys) return;
     writeAll(file_, "\r\x1b[K");
     drawn_ = false;
 }

@@ -72,7 +72,7 @@ private:
     std::atomic<bool> rowTaken_{false};
     std::mutex mutex_;
     std::condition_variable changed_;
-    bool running_ = false, leaving_ = false, drawn_ = false;
+    bool running_ = false, leaving_ = false, drawn_ = false, keysErased_ = false;
     int pauses_ = 0;
     double start_ = 0;
     std::thread thread_;

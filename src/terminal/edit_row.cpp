@@ -4,6 +4,13 @@
 #include <algorithm>
 
 namespace vorpen {
+namespace {
+
+/// A finished line that is longer is left as it is shown, in part: it would
+/// push everything else off the screen.
+constexpr std::size_t longestRepeated = 2000;
+
+}  // namespace
 
 void EditRow::setColumns(int columns) { width_ = static_cast<std::size_t>(std::max(columns - 1, 1)); }
 
@@ -96,7 +103,7 @@ void EditRow::finish(const CommandLine& line) {
     if (length <= width_) {
         offset_ = 0;
         change(cellsOf(line, false), length);
-    } else {
+    } else if (length <= longestRepeated) {
         erase();
         const bool withPrompt = line.promptColumns() > 0;
         output_.write(terminalText(withPrompt ? line.takeEchoLine() : "{b:" + line.line(), colours_));

@@ -27,7 +27,7 @@ public:
     /// Makes the row show the prompt and the line, with the caret.
     void show(const CommandLine& line);
     /// Shows the line as it is when it is finished, without caret and lit
-    /// bracket, and whole; the cursor is on the next row afterwards.
+    /// bracket, and whole unless it is very long; the cursor is on the next row afterwards.
     void finish(const CommandLine& line);
     /// Erases the row and forgets it; the next `show` draws it anew.
     void erase();

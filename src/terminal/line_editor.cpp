@@ -112,7 +112,7 @@ std::optional<LineEditor::End> LineEditor::takeKeys() {
             row_.show(line_);
             return std::nullopt;
         }
-        row_.finish(line_);
+        finishRow();
         return End::input;
     }
     const bool isEnd = bytes->empty();
@@ -133,12 +133,12 @@ std::optional<LineEditor::End> LineEditor::takeKey(const TerminalKey& key) {
     }
     if (key.control && key.message == KeyKind::character) {
         switch (key.code) {
-            case controlC: row_.finish(line_); return End::dropped;
+            case controlC: finishRow(); return End::dropped;
             case controlL: clearScreen(); return std::nullopt;
             case controlZ: mustStop_ = true; return std::nullopt;
             case controlD:
                 if (line_.line().empty()) {
-                    row_.finish(line_);
+                    finishRow();
                     return End::input;
                 }
                 line_.setControl(false);
@@ -149,8 +149,16 @@ std::optional<LineEditor::End> LineEditor::takeKey(const TerminalKey& key) {
     }
     line_.setControl(key.control);
     if (line_.onKey(key.message, key.code) != CommandLine::finished) return std::nullopt;
-    row_.finish(line_);
+    finishRow();
     return End::line;
+}
+
+/// A line without a prompt answers a program, which shows it itself.
+void LineEditor::finishRow() {
+    if (line_.promptVisible())
+        row_.finish(line_);
+    else
+        row_.erase();
 }
 
 std::optional<LineEditor::End> LineEditor::takePaste(const TerminalKey& key) {

@@ -46,6 +46,7 @@ private:
     std::optional<End> takeKeys();
     std::optional<End> takeKey(const TerminalKey& key);
     std::optional<End> takePaste(const TerminalKey& key);
+    void finishRow();
     bool completes(const TerminalKey& key) const;
     void complete();
     void listCandidates(const std::vector<std::string>& candidates);
