@@ -118,11 +118,12 @@ StatementPtr Calc::compileInput() {
 bool Calc::run() {
     symbols_.forgetRemoved();
     resources_.beginInput();
+    forgetInterrupt();
     runState().start();
     runState().forgetNotedLine();
-    forgetInterrupt();
     try {
         if (const StatementPtr statement = compileInput()) statement->exe();
+        checkInterrupt();
         return true;
     } catch (const SyntaxError& error) {
         printError(error.message);

@@ -93,19 +93,20 @@ void IfElseStm::exe() {
 // ---- loops
 
 bool LoopStm::runRound() {
-    checkInterrupt();
     try {
         runBody();
     } catch (const ContinueStm&) {
+        checkInterrupt();
         return true;
     } catch (const BreakStm&) {
         return false;
     }
     RunState& state = runState();
     if (state.running) return true;
+    checkInterrupt();
     const LoopSignal signal = std::exchange(state.loopSignal, LoopSignal::none);
     if (signal == LoopSignal::none) return false;
-    state.running = true;
+    state.resume();
     return signal == LoopSignal::next;
 }
 

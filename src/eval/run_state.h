@@ -11,12 +11,27 @@
 #include <memory>
 #include <string_view>
 
+#include "base/interrupt.h"
 #include "values/value.h"
 
 namespace vorpen {
 
 /// What lowered `running`, for the loop that looks at it.
 enum class LoopSignal : unsigned char { none, leave, next };
+
+/// A flag that a signal handler may change, at the cost of a plain one.
+class SharedFlag {
+public:
+    explicit SharedFlag(bool up) : up_(up) {}
+    operator bool() const { return up_.load(std::memory_order_relaxed); }
+    SharedFlag& operator=(bool up) {
+        up_.store(up, std::memory_order_relaxed);
+        return *this;
+    }
+
+private:
+    std::atomic<bool> up_;
+};
 
 class RunState {
 public:
@@ -26,14 +41,30 @@ public:
 
     /// True while statements may go on. A return lowers it; the end of the
     /// call, or the start of the next input, raises it again. So does a break
-    /// or continue, for the loop around it.
-    bool running = true;
+    /// or continue, for the loop around it. An interrupt lowers it too, and
+    /// whoever finds it low looks for that first.
+    SharedFlag running{true};
     LoopSignal loopSignal = LoopSignal::none;
 
     /// Starts a run of statements.
     void start() {
         running = true;
         loopSignal = LoopSignal::none;
+    }
+
+    /// Raises `running` when what lowered it has had its effect. An interrupt
+    /// keeps it low.
+    void resume() {
+        running = true;
+        // In this order no interrupt is lost that comes between the two.
+        if (isInterrupted()) [[unlikely]]
+            running = false;
+    }
+
+    /// Ends the run at the next place where it looks. For a signal handler.
+    void interrupt() noexcept {
+        requestInterrupt();
+        running = false;
     }
 
     /// While it is set a block stops at the debugger after each statement.

@@ -64,7 +64,11 @@ bool PromptSession::run() {
         parts_.output.flush();
         if (SignalsEndWait::mustLeave()) return allWell;
         line_.updatePrompt();
-        switch (editor_.read()) {
+        const LineEditor::End end = editor_.read();
+        // A request to leave that came just behind the line holds: who sent it
+        // will not wait for what the line does.
+        if (SignalsEndWait::mustLeave()) return allWell;
+        switch (end) {
             case LineEditor::End::line: allWell &= runTyped(); break;
             case LineEditor::End::paste: allWell &= runPasted(); break;
             case LineEditor::End::dropped: line_.takeLine(); break;

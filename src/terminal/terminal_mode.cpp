@@ -14,6 +14,7 @@
 #include <string_view>
 
 #include "base/interrupt.h"
+#include "eval/run_state.h"
 
 namespace vorpen {
 namespace {
@@ -58,7 +59,7 @@ void onInterrupt(int) {
     const double now = monotonicSeconds();
     const bool unanswered = isInterrupted() && now - lastInterrupt < patienceSeconds;
     lastInterrupt = now;
-    requestInterrupt();
+    runState().interrupt();
     if (unanswered && leaveProgram) leaveProgram();
     errno = kept;
 }
