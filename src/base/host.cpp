@@ -18,6 +18,7 @@
 #include <thread>
 
 #include "base/encoding.h"
+#include "base/interrupt.h"
 
 extern char** environ;
 
@@ -200,6 +201,7 @@ void Host::sleepMilliseconds(double milliseconds, bool serveEvents) {
     // Slices short enough that a window stays alive while a script waits.
     constexpr double sliceSeconds = 0.01;
     for (double rest = milliseconds / 1000; rest > 0; rest = end - clockSeconds()) {
+        checkInterrupt();
         if (serveEvents) pumpEvents();
         std::this_thread::sleep_for(std::chrono::duration<double>(rest < sliceSeconds ? rest : sliceSeconds));
     }

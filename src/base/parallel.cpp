@@ -8,6 +8,8 @@
 #include <thread>
 #include <vector>
 
+#include "base/interrupt.h"
+
 namespace vorpen {
 namespace {
 
@@ -55,7 +57,7 @@ private:
     void takePieces() {
         for (;;) {
             const std::int64_t begin = next_.fetch_add(piece_);
-            if (begin >= end_) return;
+            if (begin >= end_ || isInterrupted()) return;
             (*work_)(begin, std::min(end_, begin + piece_));
         }
     }
@@ -101,6 +103,7 @@ void parallelFor(std::int64_t n, std::int64_t grain, const Work& work) {
     }
     static Pool pool;
     pool.run(n, grain, work);
+    checkInterrupt();
 }
 
 }  // namespace vorpen

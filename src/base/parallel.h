@@ -15,7 +15,7 @@ inline constexpr std::int64_t parallelThreshold = 100000;
 
 /// Calls work(begin, end) on pieces that cover 0 to n, on several threads when
 /// n is large. Pieces begin at multiples of `grain`. Returns when all is done.
-/// `work` must not throw.
+/// `work` must not throw. An interrupt leaves the rest undone and is raised.
 void parallelFor(std::int64_t n, std::int64_t grain, const std::function<void(std::int64_t, std::int64_t)>& work);
 
 /// Threads that take part, the calling one included.

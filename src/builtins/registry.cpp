@@ -10,6 +10,7 @@
 #include "builtins/array_bodies.h"
 #include "builtins/bitmap_bodies.h"
 #include "builtins/clock_bodies.h"
+#include "builtins/console_bodies.h"
 #include "builtins/constants.h"
 #include "builtins/data_file_bodies.h"
 #include "builtins/exact_bodies.h"
@@ -100,7 +101,7 @@ constexpr Row<TicLikeBody> ticLikeTable[] = {
     {"end", builtin::endOutsideIndex, END_OF_INDEX},
     {"update", builtin::updateFigure},
     {"getkeyb", builtin::keyDown},
-    absent<"getch", TicLikeBody>,
+    {"getch", builtin::readCharacter},
     {"pi", builtin::pi},
 };
 
@@ -213,7 +214,7 @@ constexpr Row<ValueToIntBody> valueToIntTable[] = {
     {"isboolean", builtin::isBoolean},
     {"ischar", builtin::isString},
     {"setLU", builtin::factorise},
-    absent<"messageBox", ValueToIntBody>,
+    {"messageBox", builtin::showBox},
     {"isdefined", builtin::isDefined},
     {"isnum", builtin::isNumber},
 };
@@ -270,7 +271,7 @@ constexpr Row<BuiltinBody> vectorToIntTable[] = {
     {"sysCommand", builtin::runSystemCommand},
     {"useColour", builtin::useColour},
     {"unzipg", builtin::components},
-    absentOf<"getline", VectorToIntBody>,
+    {"getline", builtin::readLine},
     {"unzipkey", builtin::unpackKey},
 };
 

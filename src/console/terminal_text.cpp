@@ -42,12 +42,37 @@ int cubeLevel(double linear) {
     return level < 48 ? 0 : level < 115 ? 1 : std::min(5, static_cast<int>((level - 35) / 40));
 }
 
-/// The palette entry for a colour that is not black.
-int paletteEntry(Colour colour) {
+/// The components of a colour that is not black, at the lightness that suits
+/// any background.
+Rgb balanced(Colour colour) {
     Rgb linear;
     for (int k = 0; k < 3; ++k) linear[k] = std::pow((colour >> 8 * k & 0xFF) / 255.0, 2.2);
     balance(linear);
+    return linear;
+}
+
+/// The entry in the palette of 256 colours.
+int paletteEntry(const Rgb& linear) {
     return 16 + 36 * cubeLevel(linear[0]) + 6 * cubeLevel(linear[1]) + cubeLevel(linear[2]);
+}
+
+/// One of the eight hues of ECMA-48: the components that are at least half as
+/// strong as the strongest.
+int nearestHue(Colour colour) {
+    unsigned strongest = 1;
+    for (int k = 0; k < 3; ++k) strongest = std::max(strongest, colour >> 8 * k & 0xFF);
+    int hue = 0;
+    for (int k = 0; k < 3; ++k)
+        if (2 * (colour >> 8 * k & 0xFF) >= strongest) hue |= 1 << k;
+    // White text would vanish on white; grey is seen on both.
+    return hue == 7 ? 90 : 30 + hue;
+}
+
+std::string fullColour(const Rgb& linear) {
+    std::string codes = "38;2";
+    for (const double component : linear)
+        codes += ";" + std::to_string(static_cast<int>(std::lround(255 * std::pow(component, 1 / 2.2))));
+    return codes;
 }
 
 bool looksBlack(Colour colour) {
@@ -55,28 +80,43 @@ bool looksBlack(Colour colour) {
            (colour >> 16 & 0xFF) < nearlyBlack;
 }
 
+/// The codes of a colour between escape and "m".
+std::string colourCodes(Colour colour, ColourDepth depth) {
+    if (looksBlack(colour)) return {};
+    switch (depth) {
+        case ColourDepth::none: return {};
+        case ColourDepth::sixteen: return std::to_string(nearestHue(colour));
+        case ColourDepth::palette: return "38;5;" + std::to_string(paletteEntry(balanced(colour)));
+        case ColourDepth::full: return fullColour(balanced(colour));
+    }
+    return {};
+}
+
+std::string sequence(const std::string& codes) { return codes.empty() ? codes : "\x1b[" + codes + "m"; }
+
 /// The escape sequence of a run's style, empty for plain text.
-std::string styleSequence(const TextRun& run) {
+std::string styleSequence(const TextRun& run, ColourDepth depth) {
     std::string codes;
     switch (run.code) {
-        case '*': codes = ";1"; break;
-        case '/': codes = ";3"; break;
-        case '=': codes = ";4"; break;
+        case '*': codes = "1"; break;
+        case '/': codes = "3"; break;
+        case '=': codes = "4"; break;
         default: break;
     }
-    if (!looksBlack(run.colour)) codes += ";38;5;" + std::to_string(paletteEntry(run.colour));
-    return codes.empty() ? codes : "\x1b[" + codes.substr(1) + "m";
+    const std::string colour = colourCodes(run.colour, depth);
+    if (!codes.empty() && !colour.empty()) codes += ';';
+    return sequence(codes + colour);
 }
 
 /// Control codes as their pictures; the second-row controls, two bytes in
 /// UTF-8, as the sign for a character that cannot be shown.
-std::string withoutControls(std::string_view utf8) {
+std::string withoutControls(std::string_view utf8, bool all = false) {
     std::string shown;
     for (std::size_t at = 0; at < utf8.size(); ++at) {
         const auto byte = static_cast<unsigned char>(utf8[at]);
         if (byte == 0x7F) {
             appendUtf8(shown, 0x2421);
-        } else if (byte < 0x20 && byte != '\t' && byte != '\n') {
+        } else if (byte < 0x20 && (all || (byte != '\t' && byte != '\n'))) {
             appendUtf8(shown, 0x2400 + byte);
         } else if (byte == 0xC2 && static_cast<unsigned char>(utf8[at + 1]) < 0xA0) {
             appendUtf8(shown, 0xFFFD);
@@ -104,7 +144,20 @@ void keepCharactersWhole(std::string_view text, std::vector<TextRun>& runs) {
 
 }  // namespace
 
-std::string terminalText(std::string_view line, bool colours) {
+std::string colourSequence(Colour colour, ColourDepth depth) { return sequence(colourCodes(colour, depth)); }
+
+std::string styledText(std::string_view style, std::string_view text) {
+    if (text.empty()) return {};
+    std::string utf8;
+    for (const char c : text) appendUtf8(utf8, windows1252ToUnicode(static_cast<unsigned char>(c)));
+    std::string shown(style);
+    shown += withoutControls(utf8, true);
+    if (!style.empty()) shown += plainStyle;
+    return shown;
+}
+
+std::string terminalText(std::string_view line, ColourDepth depth) {
+    const bool colours = depth != ColourDepth::none;
     std::vector<TextRun> runs;
     const std::string text = decode(line, 0, runs);
     keepCharactersWhole(text, runs);
@@ -116,7 +169,7 @@ std::string terminalText(std::string_view line, bool colours) {
     for (const TextRun& run : runs) {
         if (run.end <= start) continue;
         if (colours) {
-            const std::string wanted = styleSequence(run);
+            const std::string wanted = styleSequence(run, depth);
             if (wanted != style) {
                 if (!style.empty()) shown += plainStyle;
                 shown += wanted;

@@ -4,6 +4,7 @@
 #include <exception>
 
 #include "base/errors.h"
+#include "base/interrupt.h"
 #include "builtins/engine_context.h"
 #include "builtins/fit_figure_drawing.h"
 #include "engine/query.h"
@@ -61,7 +62,7 @@ Calc::Calc(Host& host, bool isSecondary)
 }
 
 Calc::~Calc() {
-    if (!isSecondary_) saveForNextRun();
+    saveForNextRun();
     interaction().setTarget(nullptr);
     interaction().reset();
     figureList().reset();
@@ -77,6 +78,7 @@ void Calc::loadFormerRun() {
 }
 
 void Calc::saveForNextRun() {
+    if (isSecondary_) return;
     // Whatever happens to one of the files, the others are still written.
     const auto attempt = [](const auto& save) {
         try {
@@ -125,10 +127,12 @@ StatementPtr Calc::compileInput() {
 bool Calc::run() {
     symbols_.forgetRemoved();
     resources_.beginInput();
+    forgetInterrupt();
     runState().start();
     runState().forgetNotedLine();
     try {
         if (const StatementPtr statement = compileInput()) statement->exe();
+        checkInterrupt();
         return true;
     } catch (const SyntaxError& error) {
         printError(error.message);

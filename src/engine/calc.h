@@ -54,9 +54,12 @@ public:
     [[nodiscard]] ResourceFunctions& resources() { return resources_; }
     [[nodiscard]] EventFunctions& events() { return events_; }
 
+    /// Saves what the end of a primary engine saves, for a program that cannot
+    /// wait for that end. Nothing happens in a secondary one.
+    void saveForNextRun();
+
 private:
     void loadFormerRun();
-    void saveForNextRun();
     StatementPtr compileInput();
     void printError(const std::string& message);
     void printMessage(const std::string& message);

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "base/errors.h"
+#include "base/interrupt.h"
 #include "base/parallel.h"
 #include "eval/elements.h"
 #include "eval/expression.h"
@@ -417,6 +418,7 @@ private:
             parallelFor(n, blockSize, work);
         else
             work(0, n);
+        checkInterrupt();
     }
 
     void runRange(double* out, std::int64_t begin, std::int64_t end) {
@@ -429,7 +431,7 @@ private:
             blocks = far.data();
         }
         const int last = operations_.size() - 1;
-        for (std::int64_t at = begin; at < end; at += blockSize) {
+        for (std::int64_t at = begin; at < end && !isInterrupted(); at += blockSize) {
             const std::int64_t n = std::min(blockSize, end - at);
             for (int i = 0; i < last; ++i)
                 runOperation(operations_[i], blocks + operations_[i].target * blockSize, blocks, at, n);

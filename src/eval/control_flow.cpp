@@ -2,6 +2,7 @@
 #include "eval/control_flow.h"
 
 #include "base/errors.h"
+#include "base/interrupt.h"
 #include "eval/run_state.h"
 #include "eval/store.h"
 
@@ -95,15 +96,17 @@ bool LoopStm::runRound() {
     try {
         runBody();
     } catch (const ContinueStm&) {
+        checkInterrupt();
         return true;
     } catch (const BreakStm&) {
         return false;
     }
     RunState& state = runState();
     if (state.running) return true;
+    checkInterrupt();
     const LoopSignal signal = std::exchange(state.loopSignal, LoopSignal::none);
     if (signal == LoopSignal::none) return false;
-    state.running = true;
+    state.resume();
     return signal == LoopSignal::next;
 }
 
@@ -133,7 +136,9 @@ void ForStm::setLoopVariable(double x) {
 
 void ForStm::walkRange(const SequenceElement::Range& range) {
     double x = range.start;
+    LoopProgress progress(range.count);
     for (int i = 0; i < range.count; ++i, x += range.step) {
+        progress.noteDone(i);
         setLoopVariable(x);
         if (!runRound()) return;
     }
@@ -142,7 +147,9 @@ void ForStm::walkRange(const SequenceElement::Range& range) {
 void ForStm::walkIntegers(const SequenceElement::Range& range) {
     const auto step = static_cast<unsigned>(truncateToInt(range.step));
     auto x = static_cast<unsigned>(truncateToInt(range.start));
+    LoopProgress progress(range.count);
     for (int i = 0; i < range.count; ++i, x += step) {
+        progress.noteDone(i);
         if (number_)
             storeNumber(*number_, static_cast<int>(x), FORM_NUMERIC);
         else
@@ -154,7 +161,9 @@ void ForStm::walkIntegers(const SequenceElement::Range& range) {
 void ForStm::walkArray() {
     Workspace workspace(expression()->type());
     const Value* range = expression()->pValue(workspace.get());
+    LoopProgress progress(range->size());
     for (int i = 0; i < range->size(); ++i) {
+        progress.noteDone(i);
         if (range->valueType() == INTEGER_VAL)
             loopVariable_->assignInt(asInt(*range)[i]);
         else if (range->valueType() == DOUBLE_VAL)
@@ -187,7 +196,9 @@ void ForInStm::takeItem(const Value& item) {
 
 void ForInStm::exe() {
     if (!runState().running) return;
+    LoopProgress progress(collection_->size());
     for (int k = 0; k < collection_->size();) {
+        progress.noteDone(k);
         switch (collection_->valueType()) {
             case INTEGER_VAL: value_->assignInt(asInt(*collection_)[k]); break;
             case DOUBLE_VAL: value_->assignDouble(asDouble(*collection_)[k]); break;

@@ -89,6 +89,7 @@ Outcome UserFunc::quickForEach(Value* workspace) {
     DoubleValue result;
     result.setSizeShapeMark(points.size(), points.nrow(), points.mark());
     for (int i = 0; i < points.size(); ++i) {
+        checkInterrupt();
         storeNumber(input, points[i], 0);
         DoubleValue room;
         const Outcome answer = quickBody_->evaluate(&room);

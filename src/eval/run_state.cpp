@@ -40,6 +40,11 @@ void RunState::moveToAns(Value& v) {
     selectAnswer(v.valueType());
 }
 
+double RunState::loopShare() const {
+    const int rounds = loopRounds_.load(std::memory_order_relaxed);
+    return rounds == 0 ? -1 : static_cast<double>(loopRoundsDone_.load(std::memory_order_relaxed)) / rounds;
+}
+
 void RunState::reset() {
     start();
     debugStepping = false;

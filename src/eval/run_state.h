@@ -6,16 +6,32 @@
 // one run at a time, so there is one of these; everyone reaches it through
 // runState().
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <string_view>
 
+#include "base/interrupt.h"
 #include "values/value.h"
 
 namespace vorpen {
 
 /// What lowered `running`, for the loop that looks at it.
 enum class LoopSignal : unsigned char { none, leave, next };
+
+/// A flag that a signal handler may change, at the cost of a plain one.
+class SharedFlag {
+public:
+    explicit SharedFlag(bool up) : up_(up) {}
+    operator bool() const { return up_.load(std::memory_order_relaxed); }
+    SharedFlag& operator=(bool up) {
+        up_.store(up, std::memory_order_relaxed);
+        return *this;
+    }
+
+private:
+    std::atomic<bool> up_;
+};
 
 class RunState {
 public:
@@ -25,14 +41,30 @@ public:
 
     /// True while statements may go on. A return lowers it; the end of the
     /// call, or the start of the next input, raises it again. So does a break
-    /// or continue, for the loop around it.
-    bool running = true;
+    /// or continue, for the loop around it. An interrupt lowers it too, and
+    /// whoever finds it low looks for that first.
+    SharedFlag running{true};
     LoopSignal loopSignal = LoopSignal::none;
 
     /// Starts a run of statements.
     void start() {
         running = true;
         loopSignal = LoopSignal::none;
+    }
+
+    /// Raises `running` when what lowered it has had its effect. An interrupt
+    /// keeps it low.
+    void resume() {
+        running = true;
+        // In this order no interrupt is lost that comes between the two.
+        if (isInterrupted()) [[unlikely]]
+            running = false;
+    }
+
+    /// Ends the run at the next place where it looks. For a signal handler.
+    void interrupt() noexcept {
+        requestInterrupt();
+        running = false;
     }
 
     /// While it is set a block stops at the debugger after each statement.
@@ -56,18 +88,50 @@ public:
     /// needed.
     void moveToAns(Value& v);
 
+    /// How much of the outermost `for` loop is done, from 0 to 1, or -1 outside
+    /// loops. May be asked by any thread.
+    [[nodiscard]] double loopShare() const;
+
     /// Back to the state at the start of the program.
     void reset();
 
 private:
+    friend class LoopProgress;
+
     void selectAnswer(int type);
 
     int notedLine_ = 0;
     int answerType_ = DOUBLE_VAL;
     std::unique_ptr<Value> answers_[4];  ///< one for each kind
+    std::atomic<int> loopRounds_{0};      ///< of the outermost loop, 0 outside loops
+    std::atomic<int> loopRoundsDone_{0};
 };
 
 extern RunState theRunState;
 inline RunState& runState() { return theRunState; }
+
+/// The rounds of a `for` loop as they are counted for those who wait. Only the
+/// outermost loop is shown; any other counts for itself.
+class LoopProgress {
+public:
+    explicit LoopProgress(int rounds) {
+        RunState& state = runState();
+        if (rounds <= 0 || state.loopRounds_.load(std::memory_order_relaxed) != 0) return;
+        done_ = &state.loopRoundsDone_;
+        noteDone(0);
+        state.loopRounds_.store(rounds, std::memory_order_relaxed);
+    }
+    LoopProgress(const LoopProgress&) = delete;
+    LoopProgress& operator=(const LoopProgress&) = delete;
+    ~LoopProgress() {
+        if (done_ != &own_) runState().loopRounds_.store(0, std::memory_order_relaxed);
+    }
+
+    void noteDone(int rounds) { done_->store(rounds, std::memory_order_relaxed); }
+
+private:
+    std::atomic<int> own_{0};
+    std::atomic<int>* done_ = &own_;
+};
 
 }  // namespace vorpen

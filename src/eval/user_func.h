@@ -25,6 +25,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/interrupt.h"
 #include "eval/function_elements.h"
 #include "eval/number_function.h"
 #include "eval/return_statement.h"
@@ -192,7 +193,7 @@ public:
     /// One call of that form. A function that again and again asks for more
     /// than numbers is not tried for ever.
     NumberNode::Answer callNumberFunction(const NumberFunction& function, double* frame) {
-        if (static_cast<unsigned>(depth_) >= maxCallsInProgress || !stackHasRoom()) [[unlikely]]
+        if (!mayBegin()) [[unlikely]]
             return NumberNode::unknown;
         ++depth_;
         const NumberNode::Answer answer = function.run(frame);
@@ -237,11 +238,15 @@ private:
     [[noreturn]] void failWithoutBody() const;
     [[nodiscard]] bool ownsFramed(const Value* v) const;
     [[nodiscard]] DoubleValue& parameter(std::size_t i) { return asDouble(*locals_[i].value); }
+    /// A call may begin when there is room for it and nobody wants the run to end.
     void requireRoom() const {
-        if (static_cast<unsigned>(depth_) >= maxCallsInProgress || !stackHasRoom()) [[unlikely]]
-            failWithoutRoom();
+        if (!mayBegin()) [[unlikely]]
+            failToBegin();
     }
-    [[noreturn]] void failWithoutRoom() const;
+    [[nodiscard]] bool mayBegin() const {
+        return static_cast<unsigned>(depth_) < maxCallsInProgress && stackHasRoom() && !isInterrupted();
+    }
+    [[noreturn]] void failToBegin() const;
     void begin();
     void end() noexcept;
     void pushFrame();

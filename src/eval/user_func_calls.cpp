@@ -88,7 +88,8 @@ void UserFunc::releaseLocals() noexcept {
         if (local.value->size() > 1) local.value->clear();
 }
 
-void UserFunc::failWithoutRoom() const {
+void UserFunc::failToBegin() const {
+    checkInterrupt();
     Require(depth_ >= 0, "negative recursion depth: something is wrong", name());
     throw RuntimeError("max recursion depth exceeded", name());
 }
@@ -129,7 +130,8 @@ void UserFunc::bindDefaults(std::size_t bound) {
 
 void UserFunc::runBody() {
     bodyRun_.exe();
-    runState().running = true;
+    checkInterrupt();
+    runState().resume();
 }
 
 SavedData UserFunc::takeOutput() {
@@ -219,13 +221,14 @@ Outcome UserFunc::callOnNumbers(std::span<const Outcome> arguments, Value* works
             storeNumber(*framed_[i].number, arguments[i].number, arguments[i].mark());
         if (arguments.size() < desc_.paramNames.size()) bindDefaults(arguments.size());
         bodyRun_.exe();
+        checkInterrupt();
     } catch (...) {
         endOnNumbers(again, frame);
         enteredAgain_ = again;
         printInChain();
         throw;
     }
-    runState().running = true;
+    runState().resume();
     const auto& output = static_cast<const DoubleValue&>(*output_);
     if (!travelsAsScalar(output)) [[unlikely]]
         return finishWithArray(again, frame, workspace);

@@ -4,12 +4,14 @@
 // A callable handed to a numerical method for the time of one call: two
 // pointers, no copy and no allocation. So the methods are compiled once,
 // whatever they are given, and what the callable throws passes through them
-// to the caller.
+// to the caller. Each call is a place where the user's interrupt takes effect.
 
 #include <concepts>
 #include <memory>
 #include <type_traits>
 #include <utility>
+
+#include "base/interrupt.h"
 
 namespace vorpen {
 
@@ -31,6 +33,7 @@ public:
           }) {}
 
     Result operator()(Arguments... arguments) const {
+        checkInterrupt();
         return call_(object_, std::forward<Arguments>(arguments)...);
     }
 

@@ -11,12 +11,16 @@
 #include <string>
 #include <vector>
 
+#include "base/interrupt.h"
 #include "console/console_text.h"
 #include "console/terminal_text.h"
 #include "engine/calc.h"
+#include "terminal/activity_line.h"
 #include "terminal/options.h"
+#include "terminal/prompt_session.h"
 #include "terminal/screen.h"
 #include "terminal/terminal_host.h"
+#include "terminal/terminal_mode.h"
 #include "terminal/text_input.h"
 #include "terminal/text_output.h"
 #include "terminal/typed_session.h"
@@ -36,50 +40,90 @@ bool isDirectory(const std::string& path) {
     return stat(path.c_str(), &facts) == 0 && S_ISDIR(facts.st_mode);
 }
 
-bool terminalHasColours() {
-    const char* off = std::getenv("NO_COLOR");
-    const char* terminal = std::getenv("TERM");
-    return isatty(STDOUT_FILENO) && !(off && *off) && !(terminal && std::string_view(terminal) == "dumb");
+std::string_view environmentText(const char* name) {
+    const char* text = std::getenv(name);
+    return text ? text : "";
 }
 
-Screen::Text textFor(const Options& options) {
-    if (options.markup) return Screen::Text::markedUp;
-    return terminalHasColours() ? Screen::Text::coloured : Screen::Text::plain;
+bool holds(std::string_view text, std::string_view part) { return text.find(part) != std::string_view::npos; }
+
+/// Whether the terminal understands where to put the cursor.
+bool terminalCanEdit() {
+    const std::string_view terminal = environmentText("TERM");
+    return !terminal.empty() && terminal != "dumb";
 }
 
-bool typePipedLines(TypedSession& session, TextInput& input) {
-    bool allWell = true;
-    while (const auto line = input.readLine()) allWell &= session.typeLine(*line);
-    return allWell;
+ColourDepth terminalColours() {
+    if (!isatty(STDOUT_FILENO) || !environmentText("NO_COLOR").empty() || !terminalCanEdit()) return ColourDepth::none;
+    const std::string_view terminal = environmentText("TERM"), colours = environmentText("COLORTERM");
+    if (holds(colours, "truecolor") || holds(colours, "24bit") || holds(terminal, "-direct")) return ColourDepth::full;
+    return holds(terminal, "256color") ? ColourDepth::palette : ColourDepth::sixteen;
 }
 
-bool promptForLines(TypedSession& session, TextInput& input, TextOutput& output) {
-    bool allWell = true;
-    for (;;) {
-        session.finishOutput();
-        output.write(terminalText(echoLine(session.nextNumber(), ""), terminalHasColours()));
-        std::optional<std::string> line;
-        {
-            const SignalsEndWait guard(input);
-            line = input.readLine();
-        }
-        if (line) {
-            allWell &= session.typeLine(*line);
-            continue;
-        }
-        output.writeLine("");
-        if (!input.interrupted() || SignalsEndWait::mustLeave()) return allWell;
+/// Everything that one run of the program is made of.
+struct Program {
+    const Options& options;
+    bool atPrompt;
+    Calc& calc;
+    TypedSession& session;
+    TerminalHost& host;
+    TextInput& input;
+    TextOutput& output;
+    ActivityLine& activity;
+
+    bool typeLine(std::string_view line) {
+        const WatchedRun watch(calc, activity);
+        return session.typeLine(line);
     }
-}
 
-bool runAll(const Options& options, bool atPrompt, TypedSession& session, TextInput& input,
-            TextOutput& output) {
-    bool allWell = true;
-    for (const auto& line : options.lines) allWell &= session.typeLine(line);
-    if (options.script) return session.runScript(*options.script) && allWell;
-    if (!options.lines.empty()) return allWell;
-    return atPrompt ? promptForLines(session, input, output) : typePipedLines(session, input);
-}
+    /// After an interrupt no further line is typed.
+    bool typePipedLines() {
+        bool allWell = true;
+        while (!isInterrupted()) {
+            const auto line = input.readLine();
+            if (!line) break;
+            allWell &= typeLine(*line);
+        }
+        return allWell;
+    }
+
+    /// For a terminal that cannot show a line that is edited.
+    bool promptForLines() {
+        bool allWell = true;
+        for (;;) {
+            session.finishOutput();
+            output.write(terminalText(echoLine(session.nextNumber(), ""), false));
+            std::optional<std::string> line;
+            {
+                const SignalsEndWait guard(input);
+                line = input.readLine();
+            }
+            if (line) {
+                allWell &= typeLine(*line);
+                continue;
+            }
+            output.writeLine("");
+            if (!input.interrupted() || SignalsEndWait::mustLeave()) return allWell;
+        }
+    }
+
+    bool runAtPrompt() {
+        if (!terminalCanEdit()) return promptForLines();
+        return PromptSession({calc, session, host, input, output, activity}, terminalColours()).run();
+    }
+
+    bool runAll() {
+        bool allWell = true;
+        for (const auto& line : options.lines)
+            if (!isInterrupted()) allWell &= typeLine(line);
+        if (options.script && !isInterrupted()) {
+            const WatchedRun watch(calc, activity);
+            return session.runScript(*options.script) && allWell;
+        }
+        if (!options.lines.empty()) return allWell;
+        return atPrompt ? runAtPrompt() : typePipedLines();
+    }
+};
 
 /// A file that would grow beyond the limit of the user's shell is then a
 /// failed write like any other and not the end of the program.
@@ -92,13 +136,18 @@ ExitStatus runSession(const Options& options) {
     TextOutput output(STDOUT_FILENO, onTerminal);
     TextInput input(STDIN_FILENO);
     TerminalHost host(output, input, options.home);
-    Screen screen(output, textFor(options));
+    Screen screen(output, options.markup, terminalColours());
+    // Declared before the engine, since the engine's end may still write.
+    ActivityLine activity(STDOUT_FILENO, onTerminal && terminalCanEdit());
+    screen.setActivityLine(&activity);
+    host.setActivityLine(&activity);
+    if (onTerminal || isatty(STDIN_FILENO)) restoreTerminalOnFatalSignals();
     bool allWell = false;
     {
         Calc calc(host, !options.session.value_or(atPrompt));
         TypedSession session(calc, options.echo, [&](const std::string& line) { screen.showLine(line); });
         if (onTerminal) host.setShowUnfinished([&] { screen.showUnfinished(calc.console().currentText()); });
-        allWell = runAll(options, atPrompt, session, input, output);
+        allWell = Program{options, atPrompt, calc, session, host, input, output, activity}.runAll();
         session.finishOutput();
         host.setShowUnfinished({});
     }

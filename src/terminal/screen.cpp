@@ -2,12 +2,12 @@
 #include "terminal/screen.h"
 
 #include "base/encoding.h"
-#include "console/terminal_text.h"
 
 namespace vorpen {
 
 void Screen::showLine(const std::string& line) {
     const std::string text = form(line);
+    const ActivityLine::Pause pause(activity_);
     if (text.starts_with(shown_)) {
         output_.writeLine(std::string_view(text).substr(shown_.size()));
     } else {
@@ -15,10 +15,13 @@ void Screen::showLine(const std::string& line) {
         output_.writeLine(text);
     }
     shown_.clear();
+    if (activity_) activity_->setRowTaken(false);
 }
 
 void Screen::showUnfinished(const std::string& line) {
     const std::string text = form(line);
+    const ActivityLine::Pause pause(activity_);
+    if (activity_) activity_->setRowTaken(!text.empty());
     if (text.starts_with(shown_)) {
         output_.write(std::string_view(text).substr(shown_.size()));
     } else {
@@ -28,7 +31,7 @@ void Screen::showUnfinished(const std::string& line) {
 }
 
 std::string Screen::form(const std::string& line) const {
-    return text_ == Text::markedUp ? toUtf8(line) : terminalText(line, text_ == Text::coloured);
+    return markedUp_ ? toUtf8(line) : terminalText(line, colours_);
 }
 
 }  // namespace vorpen

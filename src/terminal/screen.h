@@ -8,15 +8,20 @@
 
 #include <string>
 
+#include "console/terminal_text.h"
+#include "terminal/activity_line.h"
 #include "terminal/text_output.h"
 
 namespace vorpen {
 
 class Screen {
 public:
-    enum class Text { markedUp, plain, coloured };
+    /// Without colours the text is plain.
+    Screen(TextOutput& output, bool markedUp, ColourDepth colours)
+        : output_(output), markedUp_(markedUp), colours_(colours) {}
 
-    Screen(TextOutput& output, Text text) : output_(output), text_(text) {}
+    /// The row that has to go while something is written; lent.
+    void setActivityLine(ActivityLine* line) { activity_ = line; }
 
     void showLine(const std::string& line);
     void showUnfinished(const std::string& line);
@@ -25,7 +30,9 @@ private:
     [[nodiscard]] std::string form(const std::string& line) const;
 
     TextOutput& output_;
-    Text text_;
+    bool markedUp_;
+    ColourDepth colours_;
+    ActivityLine* activity_ = nullptr;
     std::string shown_;  ///< what stands on the terminal of the unfinished line
 };
 

@@ -2,13 +2,14 @@
 #include "terminal/terminal_host.h"
 
 #include <sys/stat.h>
-#include <termios.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 
 #include "base/encoding.h"
+#include "base/interrupt.h"
+#include "terminal/terminal_mode.h"
 
 namespace vorpen {
 namespace {
@@ -34,30 +35,6 @@ void writeToStandardError(const std::string& text) {
     TextOutput error(STDERR_FILENO, false);
     error.write(text);
 }
-
-/// Reads single key strokes while it lives, without showing them.
-class KeyByKey {
-public:
-    KeyByKey() {
-        isTerminal_ = tcgetattr(STDIN_FILENO, &before_) == 0;
-        if (!isTerminal_) return;
-        termios raw = before_;
-        raw.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
-        raw.c_iflag &= ~static_cast<tcflag_t>(ICRNL);
-        raw.c_cc[VMIN] = 1;
-        raw.c_cc[VTIME] = 0;
-        tcsetattr(STDIN_FILENO, TCSADRAIN, &raw);
-    }
-    KeyByKey(const KeyByKey&) = delete;
-    KeyByKey& operator=(const KeyByKey&) = delete;
-    ~KeyByKey() {
-        if (isTerminal_) tcsetattr(STDIN_FILENO, TCSADRAIN, &before_);
-    }
-
-private:
-    bool isTerminal_;
-    termios before_{};
-};
 
 std::optional<bool> meaningOfAnswer(std::string answer) {
     for (char& c : answer) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
@@ -97,8 +74,10 @@ void TerminalHost::beforeWait() {
 }
 
 void TerminalHost::messageBox(std::string_view title, std::string_view text) {
+    const ActivityLine::Pause pause(activity_);
     output_.flush();
-    writeToStandardError(toUtf8(std::string(title) + ": " + std::string(text) + "\n"));
+    const std::string heading = title.empty() ? std::string() : std::string(title) + ": ";
+    writeToStandardError(toUtf8(heading + std::string(text) + "\n"));
 }
 
 bool TerminalHost::ask(std::string_view title, std::string_view text, bool safe) {
@@ -106,6 +85,7 @@ bool TerminalHost::ask(std::string_view title, std::string_view text, bool safe)
         messageBox(title, text);
         return safe;
     }
+    const ActivityLine::Pause pause(activity_);
     const SignalsEndWait guard(input_);
     for (;;) {
         beforeWait();
@@ -116,18 +96,43 @@ bool TerminalHost::ask(std::string_view title, std::string_view text, bool safe)
     }
 }
 
+void TerminalHost::setPastedText(std::string_view utf8) {
+    const std::string text = fromUtf8(utf8);
+    std::string lines;
+    lines.reserve(text.size() + text.size() / 16);
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\r' && text[i] != '\n') {
+            lines += text[i];
+            continue;
+        }
+        lines += "\r\n";
+        if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') ++i;
+    }
+    pasted_ = std::move(lines);
+}
+
+/// A wait that a signal ended is the end of what runs.
+void TerminalHost::noteEnd() const {
+    if (input_.interrupted()) requestInterrupt();
+}
+
 std::optional<int> TerminalHost::readCharacter() {
+    const ActivityLine::Pause pause(activity_);
     const SignalsEndWait guard(input_);
-    const KeyByKey keys;
+    const TerminalMode keys(STDIN_FILENO, TerminalMode::Kind::keys);
     const auto character = input_.readCharacter();
+    if (!character) noteEnd();
     if (!character) return std::nullopt;
     const std::string code = fromUtf8(*character);
     return code.empty() ? 0 : static_cast<unsigned char>(code[0]);
 }
 
 std::optional<std::string> TerminalHost::readLine() {
+    const ActivityLine::Pause pause(activity_);
+    if (readTypedLine_) return readTypedLine_();
     const SignalsEndWait guard(input_);
     const auto line = input_.readLine();
+    if (!line) noteEnd();
     if (!line) return std::nullopt;
     return fromUtf8(*line);
 }
@@ -159,12 +164,14 @@ std::string TerminalHost::shareDirectory() {
 }
 
 int TerminalHost::runCommand(const std::string& command) {
+    const ActivityLine::Pause pause(activity_);
     beforeWait();
     return Host::runCommand(command);
 }
 
 int TerminalHost::runProgram(const std::string& path, const std::vector<std::string>& arguments,
                              const ProgramSettings& settings) {
+    const ActivityLine::Pause pause(activity_);
     beforeWait();
     return Host::runProgram(path, arguments, settings);
 }
@@ -186,6 +193,8 @@ SignalsEndWait::~SignalsEndWait() {
     sigprocmask(SIG_SETMASK, &blockedBefore_, nullptr);
     for (std::size_t i = 0; i < signals_.size(); ++i) sigaction(signals_[i], &actionsBefore_[i], nullptr);
 }
+
+void SignalsEndWait::noteLeaving() { leavingSignalArrived = 1; }
 
 bool SignalsEndWait::mustLeave() { return leavingSignalArrived != 0; }
 

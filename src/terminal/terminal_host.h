@@ -15,6 +15,7 @@
 #include <string_view>
 
 #include "base/host.h"
+#include "terminal/activity_line.h"
 #include "terminal/text_input.h"
 #include "terminal/text_output.h"
 
@@ -46,6 +47,15 @@ public:
     /// program waits for the user.
     void setShowUnfinished(std::function<void()> show) { showUnfinished_ = std::move(show); }
 
+    /// Where lines of a running program are typed at a terminal; without one
+    /// they come from the input as it is.
+    void setLineReader(std::function<std::optional<std::string>()> read) { readTypedLine_ = std::move(read); }
+    /// The row that has to go while something else is written; lent.
+    void setActivityLine(ActivityLine* line) { activity_ = line; }
+    /// What `clipboardText` answers, in UTF-8: a terminal pastes by itself.
+    void setPastedText(std::string_view utf8);
+
+    std::optional<std::string> clipboardText() override { return pasted_; }
     void messageBox(std::string_view title, std::string_view text) override;
     bool ask(std::string_view title, std::string_view text, bool safe) override;
     /// The code from 0 to 255.
@@ -62,12 +72,16 @@ public:
 
 private:
     void beforeWait();
+    void noteEnd() const;
 
     TextOutput& output_;
     TextInput& input_;
     std::optional<std::string> home_;
     std::optional<std::string> programDirectory_;
     std::function<void()> showUnfinished_;
+    std::function<std::optional<std::string>()> readTypedLine_;
+    ActivityLine* activity_ = nullptr;
+    std::optional<std::string> pasted_;
 };
 
 /// While it lives, a signal that ends a program (Control+C, a hang-up, a
@@ -81,6 +95,8 @@ public:
 
     /// True once a hang-up or a request to terminate has arrived.
     [[nodiscard]] static bool mustLeave();
+    /// From now on nobody is asked anything.
+    static void noteLeaving();
 
 private:
     static constexpr std::array signals_ = {SIGINT, SIGHUP, SIGTERM};

@@ -23,15 +23,17 @@ bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0
 
 }  // namespace
 
-/// False when a signal came first.
-bool TextInput::waitsUntilReady() const {
+TextInput::Wait TextInput::waitUntilReady(int milliseconds) const {
     pollfd wanted{file_, POLLIN, 0};
-    return ppoll(&wanted, 1, nullptr, blockedDuringWait_) >= 0 || errno != EINTR;
+    const timespec limit{milliseconds / 1000, milliseconds % 1000 * 1000000L};
+    const int ready = ppoll(&wanted, 1, milliseconds < 0 ? nullptr : &limit, blockedDuringWait_);
+    if (ready < 0 && errno == EINTR) return Wait::interrupted;
+    return ready == 0 ? Wait::late : Wait::ready;
 }
 
 bool TextInput::fill() {
     if (beforeWait_) beforeWait_();
-    interrupted_ = !waitsUntilReady();
+    interrupted_ = waitUntilReady() == Wait::interrupted;
     if (interrupted_) return false;
     buffer_.erase(0, next_);
     next_ = 0;
@@ -60,6 +62,16 @@ std::optional<std::string> TextInput::readLine() {
         next_ = buffer_.size();
         return line;
     }
+}
+
+std::optional<std::string> TextInput::readSome(int milliseconds) {
+    if (next_ == buffer_.size()) {
+        if (milliseconds >= 0 && waitUntilReady(milliseconds) == Wait::late) return std::string();
+        if (!fill()) return std::nullopt;
+    }
+    std::string bytes = buffer_.substr(next_);
+    next_ = buffer_.size();
+    return bytes;
 }
 
 std::optional<std::string> TextInput::readCharacter() {

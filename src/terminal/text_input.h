@@ -8,6 +8,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace vorpen {
 
@@ -32,13 +33,20 @@ public:
     /// UTF-8; nothing at the end of the input.
     std::optional<std::string> readCharacter();
 
+    /// Some bytes, whatever comes; nothing at the end of the input. With a
+    /// limit of the wait, in milliseconds, none when nothing came in time.
+    std::optional<std::string> readSome(int milliseconds = -1);
+    /// Puts bytes back that were read too early.
+    void giveBack(std::string_view bytes) { buffer_.insert(next_, bytes); }
+
     /// True when the last read ended because a signal arrived, and not at the
     /// end of the input.
     [[nodiscard]] bool interrupted() const { return interrupted_; }
 
 private:
     bool fill();
-    [[nodiscard]] bool waitsUntilReady() const;
+    enum class Wait { ready, late, interrupted };
+    [[nodiscard]] Wait waitUntilReady(int milliseconds = -1) const;
 
     int file_;
     std::function<void()> beforeWait_;

@@ -18,7 +18,7 @@ TypedSession::~TypedSession() { calc_.console().setLineListener({}); }
 bool TypedSession::typeLine(std::string_view utf8) {
     const std::string line = fromUtf8(utf8);
     calc_.history().add(line);
-    return run(line);
+    return runLine(line);
 }
 
 bool TypedSession::runScript(const std::string& path) {
@@ -32,16 +32,23 @@ bool TypedSession::runScript(const std::string& path) {
         }
     }
     const char quote = name.find('"') == std::string::npos ? '"' : '\'';
-    return run("use " + (quote + name) + quote);
+    return runLine("use " + (quote + name) + quote);
 }
 
 void TypedSession::finishOutput() { calc_.console().endLine(); }
 
-bool TypedSession::run(const std::string& line) {
+bool TypedSession::runLine(const std::string& line) {
     finishOutput();
     if (echo_) calc_.console().print(echoLine(nextNumber_, line), true, PrintMode::markup);
     ++nextNumber_;
     calc_.beginInput(line, '>');
+    return calc_.run();
+}
+
+bool TypedSession::runClipboard() {
+    finishOutput();
+    ++nextNumber_;
+    calc_.beginInput({}, 'c');
     return calc_.run();
 }
 

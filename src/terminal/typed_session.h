@@ -30,6 +30,12 @@ public:
     /// it failed.
     bool typeLine(std::string_view utf8);
 
+    /// The same for a line in the program's encoding that is in the history
+    /// already.
+    bool runLine(const std::string& line);
+    /// Runs what the host has on its clipboard.
+    bool runClipboard();
+
     /// Changes to the directory of a script and runs it by the command `use`.
     bool runScript(const std::string& path);
 
@@ -40,8 +46,6 @@ public:
     [[nodiscard]] int nextNumber() const { return nextNumber_; }
 
 private:
-    bool run(const std::string& line);
-
     Calc& calc_;
     bool echo_;
     int nextNumber_ = 1;

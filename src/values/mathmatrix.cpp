@@ -9,6 +9,7 @@
 
 #include "base/blas_loader.h"
 #include "base/errors.h"
+#include "base/interrupt.h"
 #include "base/number_text.h"
 #include "values/kernels.h"
 
@@ -135,14 +136,28 @@ void productLoop(T* out, const T* left, const T* right, int m, int k, int n) {
     }
 }
 
-void productByBlas(double* out, const double* left, const double* right, int m, int k, int n) {
-    requireBlas();
+// The multiplications after which a product looks whether it is to go on: some
+// hundredths of a second. Fewer columns at a time would cost the library speed.
+constexpr std::int64_t productsAtOnce = 500'000'000;
+constexpr std::int64_t leastColumnsAtOnce = 128;
+
+void productOfColumns(double* out, const double* left, const double* right, int m, int k, int n) {
     // A stored column is a row to this interface, so the call multiplies the
     // transposes in exchanged order.
     const auto a = gsl_matrix_const_view_array(right, n, k);
     const auto b = gsl_matrix_const_view_array(left, k, m);
     auto c = gsl_matrix_view_array(out, n, m);
     gsl_blas_dgemm(CblasNoTrans, CblasNoTrans, 1.0, &a.matrix, &b.matrix, 0.0, &c.matrix);
+}
+
+void productByBlas(double* out, const double* left, const double* right, int m, int k, int n) {
+    requireBlas();
+    const std::int64_t fitting = std::max(productsAtOnce / (std::int64_t{m} * k), leastColumnsAtOnce);
+    for (std::int64_t first = 0; first < n; first += fitting) {
+        checkInterrupt();
+        const int columns = static_cast<int>(std::min(fitting, n - first));
+        productOfColumns(out + first * m, left, right + first * k, m, k, columns);
+    }
 }
 
 // Below this many products the plain loop is faster than the library, and the

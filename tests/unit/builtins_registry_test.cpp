@@ -200,15 +200,11 @@ TEST(Registry, FunctionsThatAreNotAvailableYet) {
     EXPECT_EQ(namesWith(NOT_AVAILABLE),
               (std::set<std::string>{
                   // windows and the console
-                  "getch", "getline", "debug", "messageBox", "debugtest"}));
+                  "debug", "debugtest"}));
 }
 
 TEST(Registry, AFunctionThatIsNotAvailableSaysSo) {
-    const DoubleValue v(1.0);
     DoubleValue out;
-    EXPECT_EQ(failure([&] { std::get<ValueToIntBody>(info("messageBox").body)(v); }),
-              "messageBox is not available yet");
-    EXPECT_EQ(failure([&] { std::get<TicLikeBody>(info("getch").body)(); }), "getch is not available yet");
     EXPECT_EQ(failure([&] { std::get<GeneralBody>(info("debug").body)({}, nullptr, out); }),
               "debug is not available yet");
 }

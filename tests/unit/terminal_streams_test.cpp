@@ -162,19 +162,19 @@ protected:
 };
 
 TEST_F(ScreenTest, DecodesLines) {
-    Screen screen(output, Screen::Text::plain);
+    Screen screen(output, false, ColourDepth::none);
     screen.showLine("{r wrong} {;\\a}\xE9");
     EXPECT_EQ(shown(), "wrong \xCE\xB1\xC3\xA9\n");
 }
 
 TEST_F(ScreenTest, LeavesMarkup) {
-    Screen screen(output, Screen::Text::markedUp);
+    Screen screen(output, true, ColourDepth::none);
     screen.showLine("{r wrong}\xE9");
     EXPECT_EQ(shown(), "{r wrong}\xC3\xA9\n");
 }
 
 TEST_F(ScreenTest, RestFollowsTheUnfinishedLine) {
-    Screen screen(output, Screen::Text::plain);
+    Screen screen(output, false, ColourDepth::none);
     screen.showUnfinished("x=1 ");
     EXPECT_EQ(shown(), "x=1 ");
     screen.showUnfinished("x=1 y=2 ");
@@ -186,7 +186,7 @@ TEST_F(ScreenTest, RestFollowsTheUnfinishedLine) {
 }
 
 TEST_F(ScreenTest, LineThatChangedIsShownAnew) {
-    Screen screen(output, Screen::Text::plain);
+    Screen screen(output, false, ColourDepth::none);
     screen.showUnfinished("abc");
     screen.showLine("xyz");
     EXPECT_EQ(shown(), "abc\nxyz\n");

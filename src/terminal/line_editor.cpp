@@ -1,0 +1,220 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "terminal/line_editor.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+
+#include "base/encoding.h"
+#include "terminal/terminal_host.h"
+#include "terminal/terminal_mode.h"
+
+namespace vorpen {
+namespace {
+
+constexpr int controlC = 3, controlD = 4, controlL = 12, controlZ = 26, controlSpace = 0;
+
+/// How long the bytes of one key may be on their way; a person is slower.
+constexpr int keyMilliseconds = 40;
+
+bool isOneLine(std::string_view text) {
+    const std::size_t end = text.find_last_not_of("\r\n");
+    return end == std::string_view::npos || text.substr(0, end + 1).find_first_of("\r\n") == std::string_view::npos;
+}
+
+bool isNamePart(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+}
+
+std::string commonPrefix(const std::vector<std::string>& words) {
+    std::string prefix = words.front();
+    for (const std::string& word : words) {
+        const auto differs = std::mismatch(prefix.begin(), prefix.end(), word.begin(), word.end());
+        prefix.erase(differs.first, prefix.end());
+    }
+    return prefix;
+}
+
+/// Words in columns of equal width, filled row by row.
+std::string inColumns(const std::vector<std::string>& words, int columns) {
+    constexpr std::size_t mostWords = 200;
+    const std::size_t shown = std::min(words.size(), mostWords);
+    std::size_t width = 0;
+    for (std::size_t i = 0; i < shown; ++i) width = std::max(width, words[i].size() + 2);
+    const std::size_t perRow = std::max<std::size_t>(1, static_cast<std::size_t>(columns) / width);
+    std::string text;
+    for (std::size_t i = 0; i < shown; ++i) {
+        const bool isLast = i + 1 == shown || (i + 1) % perRow == 0;
+        text += words[i];
+        text += isLast ? "\n" : std::string(width - words[i].size(), ' ');
+    }
+    if (shown < words.size()) text += "(" + std::to_string(words.size() - shown) + " more)\n";
+    return text;
+}
+
+/// While it lives, a change of the terminal's size and the end of a stop end
+/// the wait for keys, and only there.
+class SizeEndsWait {
+public:
+    SizeEndsWait() {
+        sigset_t blocked;
+        sigemptyset(&blocked);
+        for (const int signal : signals_) sigaddset(&blocked, signal);
+        sigprocmask(SIG_BLOCK, &blocked, &blockedBefore_);
+        struct sigaction action {};
+        action.sa_handler = [](int) {};
+        for (std::size_t i = 0; i < signals_.size(); ++i) sigaction(signals_[i], &action, &before_[i]);
+    }
+    SizeEndsWait(const SizeEndsWait&) = delete;
+    SizeEndsWait& operator=(const SizeEndsWait&) = delete;
+    ~SizeEndsWait() {
+        for (std::size_t i = 0; i < signals_.size(); ++i) sigaction(signals_[i], &before_[i], nullptr);
+        sigprocmask(SIG_SETMASK, &blockedBefore_, nullptr);
+    }
+
+private:
+    static constexpr std::array signals_ = {SIGWINCH, SIGCONT};
+    sigset_t blockedBefore_{};
+    std::array<struct sigaction, signals_.size()> before_{};
+};
+
+}  // namespace
+
+LineEditor::End LineEditor::read() {
+    const SignalsEndWait guard(input_);
+    const SizeEndsWait sizeGuard;
+    std::optional<End> end;
+    do {
+        mustStop_ = false;
+        {
+            const TerminalMode mode(STDIN_FILENO, TerminalMode::Kind::editing);
+            noteSize();
+            row_.show(line_);
+            while (!end && !mustStop_) end = takeKeys();
+        }
+        if (mustStop_) stop();
+    } while (!end);
+    input_.giveBack(decoder_.takeRest());
+    return *end;
+}
+
+/// Waits for keys and takes all that have come, then shows the line.
+std::optional<LineEditor::End> LineEditor::takeKeys() {
+    const bool waits = !decoder_.isUnfinished();
+    const auto bytes = waits ? input_.readSome() : input_.readSome(keyMilliseconds);
+    if (!bytes) {
+        if (input_.interrupted() && !SignalsEndWait::mustLeave()) {
+            // The size has changed, or the program goes on after a stop.
+            noteSize();
+            row_.erase();
+            row_.show(line_);
+            return std::nullopt;
+        }
+        finishRow();
+        return End::input;
+    }
+    const bool isEnd = bytes->empty();
+    decoder_.feed(*bytes);
+    while (const auto key = decoder_.next(isEnd && !decoder_.isPasting())) {
+        if (const auto end = takeKey(*key)) return end;
+        if (mustStop_) return std::nullopt;
+    }
+    row_.show(line_);
+    return std::nullopt;
+}
+
+std::optional<LineEditor::End> LineEditor::takeKey(const TerminalKey& key) {
+    if (key.kind == TerminalKey::Kind::paste) return takePaste(key);
+    if (completes(key)) {
+        complete();
+        return std::nullopt;
+    }
+    if (key.control && key.message == KeyKind::character) {
+        switch (key.code) {
+            case controlC: finishRow(); return End::dropped;
+            case controlL: clearScreen(); return std::nullopt;
+            case controlZ: mustStop_ = true; return std::nullopt;
+            case controlD:
+                if (line_.line().empty()) {
+                    finishRow();
+                    return End::input;
+                }
+                line_.setControl(false);
+                line_.onKey(KeyKind::down, keyDelete);
+                return std::nullopt;
+            default: break;
+        }
+    }
+    line_.setControl(key.control);
+    if (line_.onKey(key.message, key.code) != CommandLine::finished) return std::nullopt;
+    finishRow();
+    return End::line;
+}
+
+/// A line without a prompt answers a program, which shows it itself.
+void LineEditor::finishRow() {
+    if (line_.promptVisible())
+        row_.finish(line_);
+    else
+        row_.erase();
+}
+
+std::optional<LineEditor::End> LineEditor::takePaste(const TerminalKey& key) {
+    if (isOneLine(key.text)) {
+        line_.paste(fromUtf8(key.text));
+        return std::nullopt;
+    }
+    pasted_ = key.text;
+    row_.erase();
+    return End::paste;
+}
+
+// ---- completion
+
+/// Tab completes behind a letter; at any other place, and where text streams
+/// in, it is the editor's own.
+bool LineEditor::completes(const TerminalKey& key) const {
+    if (!completer_ || key.message != KeyKind::character) return false;
+    if (key.code == controlSpace && key.control) return true;
+    const int caret = line_.caret();
+    return key.code == '\t' && caret > 0 && isNamePart(line_.line()[caret - 1]) && !decoder_.isUnfinished();
+}
+
+void LineEditor::complete() {
+    const auto caret = static_cast<std::size_t>(line_.caret());
+    const Completion found = completer_(line_.line(), caret);
+    if (found.candidates.empty()) return;
+    const std::string text = commonPrefix(found.candidates);
+    const std::size_t typed = caret - found.start;
+    if (text.size() > typed)
+        line_.paste(std::string_view(text).substr(typed));
+    else if (found.candidates.size() > 1)
+        listCandidates(found.candidates);
+}
+
+void LineEditor::listCandidates(const std::vector<std::string>& candidates) {
+    row_.erase();
+    std::string text = toUtf8(inColumns(candidates, columns_));
+    output_.write(text);
+}
+
+// ---- the screen
+
+void LineEditor::clearScreen() {
+    output_.write("\x1b[H\x1b[2J");
+    row_.forget();
+}
+
+void LineEditor::stop() {
+    row_.finish(line_);
+    kill(0, SIGTSTP);
+}
+
+void LineEditor::noteSize() {
+    columns_ = terminalSize(STDOUT_FILENO).columns;
+    row_.setColumns(columns_);
+}
+
+}  // namespace vorpen
