@@ -34,7 +34,7 @@ enum KeyCode : int { keyEnd = 35, keyHome, keyLeft, keyUp, keyRight, keyDown, ke
 enum class LineCommand { paste = 106, copy = 107, f5 = 116, runClipboard = 120 };
 
 /// The metrics of the font, in pixels; on a terminal all are 1.
-struct FontMetrics {
+struct CellMetrics {
     int charWidth = 1;
     int lineHeight = 1;
 };
@@ -123,7 +123,7 @@ public:
     /// The prompt for the present number.
     void updatePrompt();
 
-    void setFont(FontMetrics metrics) { metrics_ = metrics; }
+    void setFont(CellMetrics metrics) { metrics_ = metrics; }
     void setPaneTop(int y) { paneTop_ = y; }
     /// The height of the line below the top of the pane.
     void setLineY(int y) { lineY_ = y; }
@@ -167,7 +167,7 @@ private:
     int lineY_ = 0;
     int paneTop_ = 24;
     int caret_ = 0;
-    FontMetrics metrics_;
+    CellMetrics metrics_;
     int commandNumber_ = 1;
     bool promptVisible_ = true;
     bool control_ = false;
