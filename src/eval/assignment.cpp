@@ -206,6 +206,8 @@ void ListAssignStm::exe() {
 }
 
 void GrowListStm::exe() {
+    // A list that nothing was assigned to yet has no form.
+    target_->setMark(FORM_TEXT);
     if (expression()->type() == LIST_VAL) {
         ListValue list;
         evaluateList(list);
