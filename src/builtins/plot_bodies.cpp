@@ -79,8 +79,8 @@ private:
         if (isMatrix(first)) return plotRowsOf(first);
         if (next_ == arguments_.size()) return setLimits(first);
         const Value& second = plotValue(arguments_[next_], heading);
-        if (isText(first)) return plotBox(second);
         if (isText(second)) return plotPoint(first);
+        if (isText(first)) return plotBox(second);
         ++next_;
         const PlotNumbers x(first, heading), y(second, heading);
         const std::string style = takeStyle();
@@ -109,7 +109,7 @@ private:
     }
 
     void plotBox(const Value& place) {
-        Require(!isText(place) && place.size() == 4, "invalid box x,y,w,h", heading);
+        Require(place.size() == 4, "invalid box x,y,w,h", heading);
         const PlotNumbers box(place, heading);
         ++next_;
         const auto xywh = box.items();
