@@ -48,12 +48,8 @@ void addText(Frame& frame, const std::string& text, std::string_view style) {
     frame.addItem(std::make_unique<TextLabel>(remarkX, remarkY, text, "ne", style, true));
 }
 
-/// A title that is one run of text stands in the middle. Of several runs each
-/// would be centred by itself, so they go one behind the other from the left.
 void addTitle(Frame& frame, const std::string& title) {
-    const bool isOneRun = !holdsMarkup(title);
-    frame.setLabel(isOneRun ? title : "", titleStyle, 't');
-    if (!isOneRun) addText(frame, title, titleStyle);
+    frame.setLabel(title, titleStyle, 't');
     frame.redraw();
 }
 
