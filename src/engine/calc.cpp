@@ -127,8 +127,10 @@ StatementPtr Calc::compileInput() {
 bool Calc::run() {
     symbols_.forgetRemoved();
     resources_.beginInput();
-    forgetInterrupt();
     runState().start();
+    // The wish to interrupt may come before the first statement; whoever waits
+    // for the next input forgets it.
+    if (isInterrupted()) runState().running = false;
     runState().forgetNotedLine();
     try {
         if (const StatementPtr statement = compileInput()) statement->exe();

@@ -93,6 +93,7 @@ struct Program {
         for (;;) {
             session.finishOutput();
             output.write(terminalText(echoLine(session.nextNumber(), ""), false));
+            forgetInterrupt();
             std::optional<std::string> line;
             {
                 const SignalsEndWait guard(input);

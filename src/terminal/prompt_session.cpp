@@ -64,6 +64,7 @@ bool PromptSession::run() {
         parts_.output.flush();
         if (SignalsEndWait::mustLeave()) return allWell;
         line_.updatePrompt();
+        forgetInterrupt();
         const LineEditor::End end = editor_.read();
         // A request to leave that came just behind the line holds: who sent it
         // will not wait for what the line does.

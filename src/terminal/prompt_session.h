@@ -54,6 +54,8 @@ private:
     std::optional<std::string> readForProgram();
 
     Parts parts_;
+    /// Also for the moments between a line and its run.
+    InterruptibleRun interrupts_{nullptr};
     ColourDepth colours_;
     CommandLine line_;
     LineEditor editor_;

@@ -88,8 +88,9 @@ TerminalMode::TerminalMode(int file, Kind kind) : changed_(tcgetattr(file, &foun
 
 TerminalMode::~TerminalMode() {
     if (!changed_) return;
-    if (marksPastes.exchange(false)) writeAll(STDOUT_FILENO, pasteMarksOff);
+    // The keys act as usual again before it shows.
     if (isChanged.exchange(false)) tcsetattr(changedFile, TCSADRAIN, &found);
+    if (marksPastes.exchange(false)) writeAll(STDOUT_FILENO, pasteMarksOff);
 }
 
 void restoreTerminal() noexcept {
@@ -121,13 +122,15 @@ void restoreTerminalOnFatalSignals() {
 
 InterruptibleRun::InterruptibleRun(void (*leave)()) {
     leaveProgram = leave;
-    forgetInterrupt();
     struct sigaction action {};
     action.sa_handler = onInterrupt;
     action.sa_flags = SA_RESTART;
     sigaction(SIGINT, &action, &before_);
 }
 
-InterruptibleRun::~InterruptibleRun() { sigaction(SIGINT, &before_, nullptr); }
+InterruptibleRun::~InterruptibleRun() {
+    sigaction(SIGINT, &before_, nullptr);
+    leaveProgram = nullptr;
+}
 
 }  // namespace vorpen
