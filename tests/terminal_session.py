@@ -180,6 +180,9 @@ class Talk:
         raise AssertionError('the program does not end: %r' % self.screen.lines()[-8:])
 
     def leave(self):
+        # The key means this at a prompt only.
+        if b'?2004h' in self.raw:
+            self.until(lambda: '?2004' in self.screen.modes, 'a prompt')
         self.send(b'\x04')
         return self.end()
 
