@@ -1,48 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-// The program of all unit tests. With --source=NAME it runs the tests that
-// stand in that file, which is how CTest calls it: a process for each file,
-// with one program to link.
+// The program of all unit tests.
 
-#include <gtest/gtest.h>
+#include "tests_of_source.h"
 
-#include <cstdio>
-#include <string>
-#include <string_view>
-
-namespace {
-
-bool endsWithFile(std::string_view path, std::string_view name) {
-    return path.ends_with(name) && (path.size() == name.size() || path[path.size() - name.size() - 1] == '/');
-}
-
-/// A filter that selects the tests of one source file; empty when it has none.
-std::string filterForSource(std::string_view name) {
-    std::string filter;
-    const auto& all = *testing::UnitTest::GetInstance();
-    for (int s = 0; s < all.total_test_suite_count(); ++s) {
-        const auto& suite = *all.GetTestSuite(s);
-        for (int t = 0; t < suite.total_test_count(); ++t) {
-            const auto& test = *suite.GetTestInfo(t);
-            if (endsWithFile(test.file(), name))
-                filter += std::string(filter.empty() ? "" : ":") + suite.name() + "." + test.name();
-        }
-    }
-    return filter;
-}
-
-}  // namespace
-
-int main(int argc, char** argv) {
-    testing::InitGoogleTest(&argc, argv);
-    constexpr std::string_view option = "--source=";
-    if (argc > 1 && std::string_view(argv[1]).starts_with(option)) {
-        const std::string filter = filterForSource(std::string_view(argv[1]).substr(option.size()));
-        if (filter.empty()) {
-            std::fprintf(stderr, "no tests in %s\n", argv[1] + option.size());
-            return 1;
-        }
-        testing::GTEST_FLAG(filter) = filter;
-    }
-    return RUN_ALL_TESTS();
-}
+int main(int argc, char** argv) { return vorpen::tests::runTests(argc, argv); }
