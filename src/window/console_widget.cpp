@@ -344,6 +344,11 @@ void ConsoleWidget::keyPressEvent(QKeyEvent* event) {
         return;
     }
     const QString text = event->text();
+    // Some keyboards have a key of its own for a new line.
+    if (text == "\n" && !control) {
+        console_->onKey(KeyKind::character, '\r');
+        return;
+    }
     if (text.isEmpty() || !text[0].isPrint()) {
         event->ignore();
         return;
