@@ -133,7 +133,11 @@ SignalsEndWait::SignalsEndWait(TextInput& input) : input_(input) {
 
 SignalsEndWait::~SignalsEndWait() {
     input_.setBlockedDuringWait(nullptr);
-    // A signal that is still waiting arrives here, while it does no harm.
+    // A signal that is still waiting arrives where they are unblocked, while it
+    // does no harm. An interrupt goes to whom it is meant for, who runs next;
+    // but it never ends the program.
+    static_assert(signals_[0] == SIGINT);
+    if (actionsBefore_[0].sa_handler != SIG_DFL) sigaction(SIGINT, &actionsBefore_[0], nullptr);
     sigprocmask(SIG_SETMASK, &blockedBefore_, nullptr);
     for (std::size_t i = 0; i < signals_.size(); ++i) sigaction(signals_[i], &actionsBefore_[i], nullptr);
 }
