@@ -26,22 +26,19 @@ void Statement::fail(std::string_view message, std::string_view context) const {
 
 void BlockStm::exe() {
     const RunState& state = runState();
-    if (state.debugStepping) return exeStepping();
     for (const StatementPtr& statement : statements_) {
         if (!state.running) return;
         statement->exe();
+        // Also when it was this statement that began the stepping.
+        if (state.debugStepping) [[unlikely]]
+            stopBehind(*statement);
     }
 }
 
-void BlockStm::exeStepping() {
+void stopBehind(const Statement& statement) {
     const RunState& state = runState();
-    for (const StatementPtr& statement : statements_) {
-        if (!state.running) return;
-        statement->exe();
-        if (state.loopSignal != LoopSignal::none) return;
-        if (state.debugStepping && state.debugPause)
-            state.debugPause(statement->line(), statement->assignedValue(), {});
-    }
+    if (state.loopSignal != LoopSignal::none) return;
+    state.debugPause(statement.line(), statement.assignedValue(), nullptr);
 }
 
 bool BlockStm::uses(const Value* v) const {
