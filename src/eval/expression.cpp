@@ -378,11 +378,15 @@ GeneralExpression::GeneralExpression(ExpressionItems items, int type) : Expressi
 }
 
 GeneralIntegerExpression::GeneralIntegerExpression(ExpressionItems items)
-    : GeneralExpression(std::move(items), INTEGER_VAL) {}
+    : GeneralExpression(std::move(items), INTEGER_VAL), mask_(MaskProgram::compile(*this)) {}
 
 Value* GeneralIntegerExpression::pValue(Value* workspace) { return valueOf(evaluate(workspace), workspace); }
 
 Outcome GeneralIntegerExpression::evaluate(Value* workspace) {
+    if (mask_) {
+        MaskRun run(mask_->steps());
+        if (run.prepare()) return run.deliver(workspace);
+    }
     return evaluateIntegers(items_, minLevel_, maxLevel_, pure_, workspace);
 }
 

@@ -13,6 +13,7 @@
 
 #include "eval/block_program.h"
 #include "eval/evaluatable.h"
+#include "eval/mask_program.h"
 
 namespace vorpen {
 
@@ -78,6 +79,9 @@ public:
     explicit GeneralIntegerExpression(ExpressionItems items);
     Value* pValue(Value* workspace) override;
     Outcome evaluate(Value* workspace) override;
+
+private:
+    std::unique_ptr<MaskProgram> mask_;  ///< for comparisons joined element by element
 };
 
 class GeneralMixedTypeExpression final : public GeneralExpression {
