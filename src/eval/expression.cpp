@@ -392,7 +392,10 @@ Outcome GeneralIntegerExpression::evaluate(Value* workspace) {
 
 GeneralMixedTypeExpression::GeneralMixedTypeExpression(ExpressionItems items)
     : GeneralExpression(std::move(items), DOUBLE_VAL) {
-    if (BlockProgram::applies(*this)) program_ = BlockProgram::compile(*this);
+    if (BlockProgram::applies(*this))
+        program_ = BlockProgram::compile(*this);
+    else
+        numbers_ = NumberArray::compile(items_);
 }
 
 Value* GeneralMixedTypeExpression::pValue(Value* workspace) {
@@ -402,6 +405,8 @@ Value* GeneralMixedTypeExpression::pValue(Value* workspace) {
 
 Outcome GeneralMixedTypeExpression::evaluate(Value* workspace) {
     if (program_) return program_->evaluate(workspace);
+    if (numbers_ && workspace->valueType() == DOUBLE_VAL && numbers_->store(asDouble(*workspace)))
+        return Outcome::of(workspace);
     Term<DoubleValue> term;
     evaluateInto(term, items_, minLevel_, maxLevel_, pure_);
     return finishTerm(term, workspace);
