@@ -144,7 +144,7 @@ protected:
 using Lines = std::vector<std::string>;
 /// More than fit into the pane.
 constexpr const char* manyLines = "for k=1:60 { disp(k); }";
-constexpr QRgb green = 0xFF006400, black = 0xFF000000, selected = 0xFFFDFD96;
+constexpr QRgb green = 0xFF006400, blue = 0xFF000064, black = 0xFF000000, selected = 0xFFFDFD96;
 
 TEST_F(ConsoleWindowTest, aLineIsTypedAndAnswered) {
     EXPECT_EQ(window().windowTitle(), "Vorpen 5a");
@@ -299,7 +299,7 @@ TEST_F(ConsoleWindowTest, whatScrollsIsWhatIsDrawn) {
     client().scrollBar().triggerAction(QAbstractSlider::SliderSingleStepAdd);
     const QImage moved = picture();
     window().console().onVScroll(ScrollAction::end);
-    EXPECT_EQ(moved, picture());
+    EXPECT_TRUE(moved == picture());
 }
 
 TEST_F(ConsoleWindowTest, aTinyWindowComesBack) {
@@ -310,7 +310,7 @@ TEST_F(ConsoleWindowTest, aTinyWindowComesBack) {
     client().resize(800, 500);
     EXPECT_EQ(lastLine(), "4");
     EXPECT_EQ(text().wrapWidth(), window().console().scrollState().columns());
-    EXPECT_GT(inkInRow(0, black) + inkInRow(1, black), 0);
+    EXPECT_GT(inkInRow(0, blue), 0);
 }
 
 TEST_F(ConsoleWindowTest, tenMegabytesPastedAreHarmless) {
