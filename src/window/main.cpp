@@ -61,10 +61,20 @@ void onMessageAtStart(QtMsgType type, const QMessageLogContext&, const QString& 
     }
 }
 
+QtMessageHandler usualHandler = nullptr;
+
+/// On some platforms the window library says that its display is lost and ends
+/// the program in the same breath.
+void onMessage(QtMsgType type, const QMessageLogContext& place, const QString& text) {
+    if (text.contains("connection broke")) Desktop::saveNow();
+    usualHandler(type, place, text);
+}
+
 int run(int count, char** words) {
-    const QtMessageHandler usual = qInstallMessageHandler(onMessageAtStart);
+    usualHandler = qInstallMessageHandler(onMessageAtStart);
     QApplication application(count, words);
-    qInstallMessageHandler(usual);
+    if (!usualHandler) usualHandler = qInstallMessageHandler(nullptr);
+    qInstallMessageHandler(onMessage);
     QApplication::setApplicationName("vorpen");
     QApplication::setApplicationVersion(VORPEN_VERSION);
     QApplication::setDesktopFileName("vorpen");
