@@ -4,7 +4,10 @@
 
 #include <QtWidgets/QApplication>
 
+#include "base/freed_memory.h"
+
 int main(int count, char** words) {
+    vorpen::keepFreedMemory();
     QApplication application(count, words);
     return 0;
 }
