@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "base/freed_memory.h"
 #include "base/interrupt.h"
 #include "console/console_text.h"
 #include "console/terminal_text.h"
@@ -179,6 +180,7 @@ ExitStatus start(const std::vector<std::string_view>& arguments) {
 }  // namespace vorpen
 
 int main(int count, char** words) {
+    vorpen::keepFreedMemory();
     try {
         return vorpen::start(std::vector<std::string_view>(words + (count > 0), words + count));
     } catch (const std::exception& fault) {

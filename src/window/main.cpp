@@ -15,6 +15,7 @@
 #include <string_view>
 
 #include "base/encoding.h"
+#include "base/freed_memory.h"
 #include "base/host.h"
 #include "window/console_window.h"
 #include "window/desktop.h"
@@ -87,5 +88,6 @@ int main(int count, char** words) {
         vorpen::handOverToTerminal();
         return EXIT_FAILURE;
     }
+    vorpen::keepFreedMemory();
     return vorpen::run(count, words);
 }
