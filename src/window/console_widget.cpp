@@ -268,9 +268,9 @@ void ConsoleWidget::scrollTo(std::int64_t position) {
     console_->onVScroll(ScrollAction::thumbPosition, std::clamp<std::int64_t>(position, 0, last));
 }
 
-bool ConsoleWidget::takeFocus() {
+bool ConsoleWidget::takeFocus(bool toTop) {
     setFocus(Qt::OtherFocusReason);
-    return actions_.takeFocus();
+    return actions_.takeFocus(toTop);
 }
 
 void ConsoleWidget::post(int command) {
@@ -344,6 +344,11 @@ void ConsoleWidget::keyPressEvent(QKeyEvent* event) {
         return;
     }
     const QString text = event->text();
+    // Some keyboards have a key of its own for a new line.
+    if (text == "\n" && !control) {
+        console_->onKey(KeyKind::character, '\r');
+        return;
+    }
     if (text.isEmpty() || !text[0].isPrint()) {
         event->ignore();
         return;
