@@ -37,17 +37,19 @@ public:
     ScratchConsole(const ScratchConsole&) = delete;
     ScratchConsole& operator=(const ScratchConsole&) = delete;
 
-    /// All lines in one, without markup.
+    /// All lines in one, without markup and what sets columns apart.
     [[nodiscard]] std::string plainText() const {
         constexpr Colour anyColour = 0;
         std::string result;
         for (std::int64_t n = 0; n <= text_.currentLine(); ++n) {
             std::vector<TextRun> runs;
             const std::string line = decode(text_.getLine(n), anyColour, runs);
-            if (!result.empty() && !line.empty()) result += ' ';
-            result += line;
+            result += ' ' + line;
         }
-        return result;
+        const auto areBlanks = [](char a, char b) { return a == ' ' && b == ' '; };
+        result.erase(std::unique(result.begin(), result.end(), areBlanks), result.end());
+        const std::size_t first = result.find_first_not_of(' ');
+        return first == result.npos ? "" : result.substr(first, result.find_last_not_of(' ') + 1 - first);
     }
 
 private:
