@@ -168,14 +168,19 @@ void PainterSurface::put(const PixelMask& mask, Colour colour, const PixelMask* 
     const QRgb pen = toRgb(colour);
     // On white an inverting pen shows its colour, and twice changes nothing.
     const QRgb inverting = ~pen & 0x00FFFFFF;
+    const auto columns = static_cast<std::size_t>(area.width());
     for (int y = area.top; y < area.bottom; ++y) {
-        auto* const row = reinterpret_cast<QRgb*>(image_.scanLine(y));
-        const std::uint8_t* const wanted = mask.row(y) - mask.area().left;
-        const std::uint8_t* const left = except ? except->row(y) - except->area().left : nullptr;
-        for (int x = area.left; x < area.right; ++x) {
-            const bool isDrawn = wanted[x] != 0 && (left == nullptr || left[x] == 0);
-            const QRgb old = row[x];
-            row[x] = !isDrawn ? old : style_.xorMode ? old ^ inverting : pen;
+        QRgb* const pixels = reinterpret_cast<QRgb*>(image_.scanLine(y)) + area.left;
+        const std::uint8_t* const wanted = mask.row(y) + (area.left - mask.area().left);
+        if (except == nullptr && !style_.xorMode) {
+            for (std::size_t x = 0; x < columns; ++x) pixels[x] = wanted[x] ? pen : pixels[x];
+        } else {
+            const std::uint8_t* const left =
+                except ? except->row(y) + (area.left - except->area().left) : nullptr;
+            for (std::size_t x = 0; x < columns; ++x) {
+                if (!wanted[x] || (left && left[x])) continue;
+                pixels[x] = style_.xorMode ? pixels[x] ^ inverting : pen;
+            }
         }
     }
     changed(area);
@@ -237,8 +242,11 @@ int PainterSurface::textWidth(std::string_view bytes, const Font& font) const {
 }
 
 FontMetrics PainterSurface::metrics(const Font& font) const {
+    // Of the letters of usual text; the average of a font's file counts signs
+    // that are rare and wide.
+    static const QString letters = "abcdefghijklmnopqrstuvwxyz";
     const QFontMetrics& measure = known(font).measure;
-    return {measure.averageCharWidth(), measure.height()};
+    return {measure.horizontalAdvance(letters) / static_cast<int>(letters.size()), measure.height()};
 }
 
 /// Only of text that begins at its anchor it is known there where it ends.
@@ -263,6 +271,18 @@ void PainterSurface::text(Pixel at, std::string_view bytes, const Font& font, Co
     const KnownFont& face = known(font);
     runs_.push_back({at, faceText(bytes, font.face), &face, colour});
     if (isAlone) endLine();
+}
+
+/// Moves a line that the edge of its frame would cut along its length to where
+/// it can be read, if its anchor is in the frame.
+QTransform PainterSurface::intoFrame(const QRectF& line) const {
+    if (!frame_.contains(lineStart_)) return {};
+    const auto shift = [](double low, double high, double first, double last) {
+        return low < first ? first - low : high > last ? std::max(last - high, first - low) : 0;
+    };
+    return group_.angle == 0
+               ? QTransform::fromTranslate(0, shift(line.top(), line.bottom(), frame_.top, frame_.bottom))
+               : QTransform::fromTranslate(shift(line.left(), line.right(), frame_.left, frame_.right), 0);
 }
 
 /// Runs hang from one upper edge, raised or lowered by their places.
@@ -316,6 +336,7 @@ void PainterSurface::endLine() {
         turn.translate(lineStart_.x, lineStart_.y);
         turn.rotate(-group_.angle);
         turn.translate(std::round(place.along), std::round(place.across));
+        turn *= intoFrame(turn.mapRect(QRectF(0, 0, width, height)));
         // Marks and slanted letters reach beyond the line.
         const QRectF line(-height, -height, width + 2 * height, 3 * height);
         const QRect visible = turn.mapRect(line).toAlignedRect() & toQRect(area);

@@ -10,6 +10,7 @@
 #include <QtGui/QFont>
 #include <QtGui/QFontMetrics>
 #include <QtGui/QImage>
+#include <QtGui/QTransform>
 #include <memory>
 #include <string>
 #include <vector>
@@ -79,6 +80,7 @@ private:
     void put(const PixelMask& mask, Colour colour, const PixelMask* except);
     void changed(const PixelRect& area);
     [[nodiscard]] const KnownFont& known(const Font& font) const;
+    [[nodiscard]] QTransform intoFrame(const QRectF& line) const;
     void paintRuns(QPainter& painter, bool inverting) const;
     void paintLine(const QRect& visible, const QTransform& place);
 
