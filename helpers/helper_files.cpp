@@ -22,8 +22,7 @@ fs::path ownFolder() {
 fs::path findDataFolder(const std::string& name) {
     const fs::path own = ownFolder();
     const fs::path places[] = {own / name, own.parent_path() / "share/vorpen" / name,
-                               own.parent_path().parent_path() / "share/vorpen" / name,
-                               fs::path(VORPEN_HELPERS_FOLDER) / name};
+                               own.parent_path().parent_path() / "share/vorpen" / name};
     std::error_code fault;
     for (const auto& place : places)
         if (fs::is_directory(place, fault)) return place;

@@ -2,9 +2,9 @@
 #pragma once
 
 // What the two helper programs share: where their data files are, how these
-// are read, and how an answer is handed back. A helper stands beside its data
-// (in one folder, or as an installation puts them), else the data of the source
-// tree are taken, so that a build needs no installation to be tried.
+// are read, and how an answer is handed back. A helper stands beside its data,
+// in one folder or as an installation puts them; a build folder has links in
+// the places of an installation.
 
 #include <filesystem>
 #include <string>

@@ -8,8 +8,10 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 packages=(cmake ninja-build g++ ccache pkg-config python3
           libgsl-dev libopenblas-dev libgtest-dev libbenchmark-dev
+          # the Debian package, and what checks it
+          dpkg-dev desktop-file-utils libxml2-utils shared-mime-info
           # the desktop, and what its tests look at it with
-          qt6-base-dev fonts-liberation xvfb openbox xdotool imagemagick xclip)
+          qt6-base-dev fonts-liberation xvfb openbox xdotool x11-utils imagemagick xclip)
 
 # Runs a command; what it says is shown, on standard error, only if it fails.
 quietly() {

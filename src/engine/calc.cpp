@@ -127,10 +127,9 @@ StatementPtr Calc::compileInput() {
 bool Calc::run() {
     symbols_.forgetRemoved();
     resources_.beginInput();
+    // The wish to interrupt may come before the first statement, and is kept;
+    // whoever waits for the next input forgets it.
     runState().start();
-    // The wish to interrupt may come before the first statement; whoever waits
-    // for the next input forgets it.
-    if (isInterrupted()) runState().running = false;
     runState().forgetNotedLine();
     try {
         if (const StatementPtr statement = compileInput()) statement->exe();

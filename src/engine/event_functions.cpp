@@ -20,17 +20,13 @@ DoubleValue rowOf(std::span<const double> numbers) {
 /// Puts the state of the statements that wait back when an event is over.
 class RunPause {
 public:
-    RunPause() : running_(runState().running), signal_(runState().loopSignal) { runState().start(); }
-    ~RunPause() {
-        runState().running = running_;
-        runState().loopSignal = signal_;
-    }
+    RunPause() { runState().start(); }
+    ~RunPause() { runState().restoreStop(stop_); }
     RunPause(const RunPause&) = delete;
     RunPause& operator=(const RunPause&) = delete;
 
 private:
-    bool running_;
-    LoopSignal signal_;
+    const RunState::Stop stop_ = runState().stopState();
 };
 
 /// The first number of a result; 0 for one that holds none.

@@ -13,6 +13,13 @@ RunState::RunState() {
     for (int type = INTEGER_VAL; type <= LIST_VAL; ++type) answers_[type] = newValue(type);
 }
 
+bool RunState::goesOnAfterLook() {
+    serveIfAsked();
+    if (stopped_ || isInterrupted()) return false;
+    resume();
+    return true;
+}
+
 void RunState::noteLine(int line) {
     if (line <= 0 || line == notedLine_) return;
     notedLine_ = line;

@@ -10,13 +10,14 @@
 #include <functional>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "base/interrupt.h"
 #include "values/value.h"
 
 namespace vorpen {
 
-/// What lowered `running`, for the loop that looks at it.
+/// What stopped the statements of a body, for the loop around them.
 enum class LoopSignal : unsigned char { none, leave, next };
 
 /// A flag that a signal handler may change, at the cost of a plain one.
@@ -39,32 +40,65 @@ public:
     RunState(const RunState&) = delete;
     RunState& operator=(const RunState&) = delete;
 
-    /// True while statements may go on. A return lowers it; the end of the
-    /// call, or the start of the next input, raises it again. So does a break
-    /// or continue, for the loop around it. An interrupt lowers it too, and
-    /// whoever finds it low looks for that first.
-    SharedFlag running{true};
-    LoopSignal loopSignal = LoopSignal::none;
+    /// True while statements may go on. What lowers the flag that is looked at
+    /// here: a return, until the end of its call; a break or continue, until the
+    /// loop around it; the start of the next input raises it in any case. An
+    /// interrupt keeps it low until the run is over, and whoever finds it low
+    /// looks for that first. A wish for service lowers it for that moment.
+    [[nodiscard]] bool goesOn() {
+        if (running_) [[likely]]
+            return true;
+        return goesOnAfterLook();
+    }
+
+    /// Lets no further statement run until `resume`.
+    void stop(LoopSignal signal = LoopSignal::none) {
+        stopped_ = true;
+        loopSignal_ = signal;
+        running_ = false;
+    }
+
+    /// What stopped the statements, for the loop around them; forgotten by this.
+    [[nodiscard]] LoopSignal takeSignal() { return std::exchange(loopSignal_, LoopSignal::none); }
+    [[nodiscard]] bool hasSignal() const { return loopSignal_ != LoopSignal::none; }
+
+    /// Statements may go on, since what stopped them has had its effect.
+    void resume() {
+        stopped_ = false;
+        running_ = true;
+        // In this order nothing is lost that comes between the two.
+        if (isAttentionWanted()) [[unlikely]]
+            running_ = false;
+    }
 
     /// Starts a run of statements.
     void start() {
-        running = true;
-        loopSignal = LoopSignal::none;
+        loopSignal_ = LoopSignal::none;
+        resume();
     }
 
-    /// Raises `running` when what lowered it has had its effect. An interrupt
-    /// keeps it low.
-    void resume() {
-        running = true;
-        // In this order no interrupt is lost that comes between the two.
-        if (isInterrupted()) [[unlikely]]
-            running = false;
+    /// How far the statements are stopped that wait while an event is served.
+    struct Stop {
+        bool stopped;
+        LoopSignal signal;
+    };
+    [[nodiscard]] Stop stopState() const { return {stopped_, loopSignal_}; }
+    void restoreStop(const Stop& stop) {
+        resume();
+        if (stop.stopped) this->stop(stop.signal);
     }
 
     /// Ends the run at the next place where it looks. For a signal handler.
     void interrupt() noexcept {
         requestInterrupt();
-        running = false;
+        running_ = false;
+    }
+
+    /// Has the service of the surroundings done at the next place where the run
+    /// looks. For any thread.
+    void askForService() noexcept {
+        requestService();
+        running_ = false;
     }
 
     /// While it is set a block stops at the debugger after each statement.
@@ -98,8 +132,12 @@ public:
 private:
     friend class LoopProgress;
 
+    bool goesOnAfterLook();
     void selectAnswer(int type);
 
+    SharedFlag running_{true};
+    bool stopped_ = false;
+    LoopSignal loopSignal_ = LoopSignal::none;
     int notedLine_ = 0;
     int answerType_ = DOUBLE_VAL;
     std::unique_ptr<Value> answers_[4];  ///< one for each kind

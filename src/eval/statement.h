@@ -4,8 +4,8 @@
 // A compiled statement. Running it is one virtual call, with no interpreter
 // loop around it: a block calls its statements, a loop calls its body.
 //
-// Three things cut that walk short. `return` lowers the flag `running` of the
-// run state, which every block and loop looks at before it goes on. `break` and
+// Three things cut that walk short. `return` stops the run state, which every
+// block and loop asks whether it goes on. `break` and
 // `continue` do the same with a note for the loop; where no loop stands around
 // them in their function they are thrown, up to a loop that called it. A
 // failure passes through to the engine.

@@ -48,7 +48,7 @@ protected:
         return std::make_unique<SequenceElement>(makeNumber(from), makeNumber(to), nullptr, INTEGER_VAL);
     }
     StatementPtr returns() {
-        return does([] { runState().running = false; });
+        return does([] { runState().stop(); });
     }
 
     DoubleValue i;
@@ -61,7 +61,7 @@ protected:
 TEST_F(ControlFlow, ABlockStopsBehindAReturn) {
     block(counts(), returns(), counts())->exe();
     EXPECT_EQ(count, 1);
-    EXPECT_FALSE(runState().running);
+    EXPECT_FALSE(runState().goesOn());
     block(counts())->exe();
     EXPECT_EQ(count, 1);
 }
@@ -72,14 +72,14 @@ TEST_F(ControlFlow, LoopsStopBehindAReturn) {
     ForStm(0, range(1, 5), counts(), &i).exe();
     WhileStm(0, makeNumber(1), counts()).exe();
     EXPECT_EQ(count, 1);
-    EXPECT_FALSE(runState().running);
+    EXPECT_FALSE(runState().goesOn());
 }
 
 TEST_F(ControlFlow, ABreakInsideTheLoopThrowsNothing) {
     const auto insideLoop = std::make_unique<BreakStm>(0, true);
     EXPECT_NO_THROW(insideLoop->exe());
-    EXPECT_FALSE(runState().running);
-    EXPECT_EQ(runState().loopSignal, LoopSignal::leave);
+    EXPECT_FALSE(runState().goesOn());
+    EXPECT_EQ(runState().stopState().signal, LoopSignal::leave);
 }
 
 TEST_F(ControlFlow, TheNearestLoopTakesTheSignal) {
@@ -88,14 +88,14 @@ TEST_F(ControlFlow, TheNearestLoopTakesTheSignal) {
     DoubleValue j;
     ForStm(0, range(1, 3), block(std::move(inner), counts()), &j).exe();
     EXPECT_EQ(count, 6);
-    EXPECT_TRUE(runState().running);
-    EXPECT_EQ(runState().loopSignal, LoopSignal::none);
+    EXPECT_TRUE(runState().goesOn());
+    EXPECT_EQ(runState().stopState().signal, LoopSignal::none);
 }
 
 TEST_F(ControlFlow, AContinueGoesOnWithTheNextRound) {
     ForStm(0, range(1, 3), block(counts(), std::make_unique<ContinueStm>(0, true), counts()), &i).exe();
     EXPECT_EQ(count, 3);
-    EXPECT_TRUE(runState().running);
+    EXPECT_TRUE(runState().goesOn());
 }
 
 TEST_F(ControlFlow, AThrownBreakIsCaughtByALoopAndIsAStatement) {
@@ -115,7 +115,7 @@ TEST_F(ControlFlow, AThrownBreakIsCaughtByALoopAndIsAStatement) {
 TEST_F(ControlFlow, AFailureLeavesRunningAlone) {
     ForStm loop(0, range(1, 3), does([] { raiseRuntimeError("no"); }), &i);
     EXPECT_THROW(loop.exe(), RuntimeError);
-    EXPECT_TRUE(runState().running);
+    EXPECT_TRUE(runState().goesOn());
 }
 
 TEST_F(ControlFlow, TheLoopVariableIsANumberInTheObject) {
