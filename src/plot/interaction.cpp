@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "base/errors.h"
+#include "base/interrupt.h"
 #include "plot/figure_list.h"
 
 namespace vorpen {
@@ -79,6 +80,8 @@ void Interaction::fireEvent(std::string_view name, std::int32_t id, std::span<co
     const int frame = figure != nullptr ? figure->currentIndex() : 0;
 
     const auto report = [&](const std::string& message) {
+        // Whoever asked for the end needs no box to be told of it.
+        if (isInterrupted()) return target_->print("{r " + std::string(name) + " interrupted}");
         if (isFrequent(name)) target_->disable(name);
         target_->messageBox(std::string(name) + " --> " + message + " disabled");
     };

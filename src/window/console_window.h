@@ -49,6 +49,8 @@ protected:
 private:
     void makeMenus();
     void runInput(const std::string& line, char mode);
+    /// Runs a function that answers an event of a figure.
+    void runForEvent(const std::function<void()>& call);
     void showDirectories();
     [[nodiscard]] QString plainTitle() const;
 
