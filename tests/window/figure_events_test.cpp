@@ -18,11 +18,11 @@ class FigureEvents : public test::FigureSession {
 protected:
     FigureEvents() {
         type("fix; plot([0,10],[0,10]); axis(0,10,0,10);");
-        type("log=[]; n=0; k=0; e=0;");
+        type("log=[]; n=0; item=0; field=0;");
     }
     /// A function of the user's that changes variables.
     void define(const std::string& head, const std::string& body) {
-        ASSERT_EQ(type("function y=" + head + "; global log n k e; " + body + "; y=1; end"), "");
+        ASSERT_EQ(type("function y=" + head + "; global log n item field; " + body + "; y=1; end"), "");
     }
     static QPoint at(double x, double y) {
         const Pixel p = figure().frame(0).pixel(x, y);
@@ -162,8 +162,8 @@ TEST_F(FigureEvents, AScriptPollsTheMouse) {
 }
 
 TEST_F(FigureEvents, DraggedItemsStopAtTheBorder) {
-    type("k=plot([5,5],\"ro^\"); dragable(k,[2,8,2,8]);");
-    define("onDragable(p,id)", "log=[round(p),id==k]");
+    type("item=plot([5,5],\"ro^\"); dragable(item,[2,8,2,8]);");
+    define("onDragable(p,id)", "log=[round(p),id==item]");
     const QImage before = picture();
     press(at(5, 5));
     EXPECT_EQ(type("log"), "5 5 1");
@@ -226,18 +226,18 @@ TEST_F(FigureEvents, KeysAreCharactersOrNumbers) {
 // ---- Controls -------------------------------------------------------------------------------
 
 TEST_F(FigureEvents, AButtonStandsAtItsPlaceAndCallsTheFunction) {
-    type("k=createButton(\"go\",\"b\",[2,8,2,1]);");
+    type("item=createButton(\"go\",\"b\",[2,8,2,1]);");
     auto* const button = control<QPushButton>();
     EXPECT_EQ(button->text(), "go");
     EXPECT_EQ(button->pos(), at(2, 8));
     EXPECT_EQ(button->width(), at(2, 0).x() - at(0, 0).x());
     EXPECT_EQ(button->font().pointSize(), 12);
     EXPECT_TRUE(button->font().bold());
-    define("onButton(p,v)", "log=[v[1]==k,v[2]]");
+    define("onButton(p,v)", "log=[v[1]==item,v[2]]");
     button->click();
     EXPECT_EQ(type("log"), "1 0");
     EXPECT_EQ(type("getmouse(\"c\")"), "1");
-    type("text(k,\"stop\"); replot(k,\"9\");");
+    type("text(item,\"stop\"); replot(item,\"9\");");
     EXPECT_EQ(button->text(), "stop");
     EXPECT_EQ(button->font().pointSize(), 9);
     const QPoint before = button->pos();
@@ -249,7 +249,7 @@ TEST_F(FigureEvents, AButtonStandsAtItsPlaceAndCallsTheFunction) {
 
 TEST_F(FigureEvents, ChecksHaveStates) {
     define("onButton(p,v)", "log=v[2]");
-    type("c=createButton(\"one\",\"c\",[1,1,3,1]); t=createButton(\"three\",\"t\",[1,2,3,1]);");
+    type("createButton(\"one\",\"c\",[1,1,3,1]); createButton(\"three\",\"t\",[1,2,3,1]);");
     auto* const check = control<QCheckBox>(0);
     check->click();
     EXPECT_EQ(type("log"), "1");
@@ -284,8 +284,8 @@ TEST_F(FigureEvents, OfRadioButtonsOneIsOn) {
 }
 
 TEST_F(FigureEvents, FieldsAndLabels) {
-    type("h=createButton(\"name\",\"h\",[1,1,3,1]); e=createButton(\"x\",\"e\",[1,2,3,1]);");
-    define("onButton(p,v)", "log=v[1]==e");
+    type("createButton(\"name\",\"h\",[1,1,3,1]); field=createButton(\"x\",\"e\",[1,2,3,1]);");
+    define("onButton(p,v)", "log=v[1]==field");
     EXPECT_EQ(control<QLabel>()->text(), "name");
     EXPECT_EQ(control<QLabel>()->font().pointSize(), 16);
     auto* const edit = control<QLineEdit>();
@@ -299,7 +299,7 @@ TEST_F(FigureEvents, FieldsAndLabels) {
     QKeyEvent enter(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, "\r");
     QCoreApplication::sendEvent(edit, &enter);
     EXPECT_EQ(type("log"), "1");
-    type("text(e,\"z\");");
+    type("text(field,\"z\");");
     EXPECT_EQ(edit->text(), "z");
 }
 
