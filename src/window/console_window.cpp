@@ -34,6 +34,8 @@ ConsoleWindow::ConsoleWindow(Desktop& desktop, bool isSecondary)
                                        .interrupt = [] { runState().interrupt(); },
                                        .takeFocus =
                                            [this] {
+                                               // Else it would cover what was opened over it.
+                                               if (isActiveWindow()) return true;
                                                raise();
                                                activateWindow();
                                                return true;

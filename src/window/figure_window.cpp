@@ -24,6 +24,11 @@ namespace {
 constexpr QPoint startPlace{400, 10};
 constexpr QSize startSize{defaultClient.right, defaultClient.bottom};
 
+/// A window system keeps a dialog over its owner, so that whoever types into the
+/// console still sees the figure; otherwise it is a window like any other.
+constexpr Qt::WindowFlags figureFlags = Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
+                                        Qt::WindowMinMaxButtonsHint | Qt::WindowCloseButtonHint;
+
 Pixel pixelOf(const QMouseEvent& event) {
     const QPoint at = event.position().toPoint();
     return {at.x(), at.y()};
@@ -83,7 +88,7 @@ private:
 // ---- The window -------------------------------------------------------------------------
 
 FigureWindow::FigureWindow(Figure& figure, PainterSurface& picture, const QString& title, QWidget* owner)
-    : QWidget(owner, Qt::Window),
+    : QWidget(owner, figureFlags),
       figure_(&figure),
       picture_(&picture),
       canvas_(new Canvas(*this)),
