@@ -42,6 +42,7 @@ ConsoleWindow::ConsoleWindow(Desktop& desktop, bool isSecondary)
                                           [this](const std::string& line, char mode) { runInput(line, mode); });
     client_->setConsole(console_.get());
     calc_->events().setTypist([this](std::string_view text) { console_->typeText(text); });
+    calc_->events().setRunner([this](const std::function<void()>& call) { runForEvent(call); });
     calc_->paths().setObserver([this] { showDirectories(); });
     showDirectories();
     resize(windowWidth, windowHeight);
@@ -98,6 +99,29 @@ bool ConsoleWindow::takeFocus(bool toTop) {
     if (toTop) raise();
     if (!isActiveWindow() && (toTop || QApplication::activeWindow())) activateWindow();
     return true;
+}
+
+void ConsoleWindow::runForEvent(const std::function<void()>& call) {
+    // While a script waits, its events are a part of its run.
+    if (desktop_.run().isRunning) return call();
+    struct Run {
+        explicit Run(ConsoleWindow& window) : window(window) {
+            window.desktop_.run().isRunning = true;
+            window.desktop_.beginRun(window);
+            forgetInterrupt();
+        }
+        ~Run() {
+            forgetInterrupt();
+            window.desktop_.run().isRunning = false;
+            window.desktop_.endRun();
+            window.console_->showOutput();
+        }
+        Run(const Run&) = delete;
+        Run& operator=(const Run&) = delete;
+        ConsoleWindow& window;
+    };
+    const Run run(*this);
+    call();
 }
 
 void ConsoleWindow::runScript(const std::string& path) {

@@ -52,6 +52,8 @@ private:
     void runInput(const std::string& line, char mode);
     void interrupt();
     bool takeFocus(bool toTop);
+    /// Runs a function that answers an event of a figure.
+    void runForEvent(const std::function<void()>& call);
     void showDirectories();
     [[nodiscard]] QString plainTitle() const;
 

@@ -19,6 +19,7 @@
 #include "base/host.h"
 #include "window/console_window.h"
 #include "window/desktop.h"
+#include "window/figure_desktop.h"
 
 namespace vorpen {
 namespace {
@@ -70,7 +71,9 @@ int run(int count, char** words) {
     QApplication::setDesktopFileName("vorpen");
     QApplication::setQuitOnLastWindowClosed(false);
     Desktop desktop;
+    QtFigureDesktop figures;
     ConsoleWindow& window = desktop.openConsole();
+    figures.setConsole(&window);
     if (count == 2) {
         std::error_code fault;
         const std::string path = std::filesystem::absolute(words[1], fault).string();
