@@ -103,16 +103,14 @@ bool ConsoleWindow::takeFocus(bool toTop) {
 
 void ConsoleWindow::runForEvent(const std::function<void()>& call) {
     // While a script waits, its events are a part of its run.
-    if (desktop_.run().isRunning) return call();
+    if (desktop_.runningConsole()) return call();
     struct Run {
         explicit Run(ConsoleWindow& window) : window(window) {
-            window.desktop_.run().isRunning = true;
             window.desktop_.beginRun(window);
             forgetInterrupt();
         }
         ~Run() {
             forgetInterrupt();
-            window.desktop_.run().isRunning = false;
             window.desktop_.endRun();
             window.console_->showOutput();
         }
