@@ -50,6 +50,10 @@ AssignStm::AssignStm(int line, DoubleValue* lhs, EvaluatablePtr rhs)
 void AssignStm::exe() {
     double x;
     if (rhsNumber_.read(x)) return storeNumber(*lhs_, x, rhsNumber_.mark());
+    exeGeneral();
+}
+
+void AssignStm::exeGeneral() {
     if (rhsType_ == INTEGER_VAL) return assignIntegers(*lhs_, *expression());
     DoubleValue workspace;
     const Outcome outcome = expression()->evaluate(&workspace);
@@ -65,6 +69,10 @@ void KeepingAssignStm::exe() {
 void FastAssignStm::exe() {
     double x;
     if (rhsNumber_.read(x)) return storeNumber(*lhs_, x, rhsNumber_.mark());
+    exeGeneral();
+}
+
+void FastAssignStm::exeGeneral() {
     if (rhsType_ == INTEGER_VAL) return assignIntegers(*lhs_, *expression());
     const Outcome outcome = expression()->evaluate(lhs_);
     if (outcome.isScalar())
@@ -76,10 +84,14 @@ void FastAssignStm::exe() {
 template <int Code>
 void OpAssignDStm<Code>::exe() {
     double x;
-    if (lhs_->size() == 1 && rhsNumber_.read(x)) {
+    if (lhs_->size() == 1 && rhsNumber_.read(x))
         (*lhs_)[0] = applyOperator(Code, (*lhs_)[0], x);
-        return;
-    }
+    else
+        exeGeneral();
+}
+
+template <int Code>
+void OpAssignDStm<Code>::exeGeneral() {
     DoubleValue workspace;
     const Outcome outcome = expression()->evaluate(&workspace);
     if (!outcome.isScalar())
@@ -97,10 +109,13 @@ template class OpAssignDStm<OP_DIVIDE>;
 
 void OpAssignIntStm::exe() {
     double x;
-    if (lhs_->size() == 1 && rhsNumber_.read(x)) {
+    if (lhs_->size() == 1 && rhsNumber_.read(x))
         (*lhs_)[0] = applyOperator(code_, (*lhs_)[0], x);
-        return;
-    }
+    else
+        exeGeneral();
+}
+
+void OpAssignIntStm::exeGeneral() {
     IntValue workspace;
     const Outcome outcome = expression()->evaluate(&workspace);
     if (!outcome.isScalar())
