@@ -134,9 +134,11 @@ class Desktop:
                 **{key: value for key, value in os.environ.items()
                    if not key.startswith(('QT_', 'XDG_', 'WAYLAND_', 'DBUS_')) and key != 'XAUTHORITY'},
                 'DISPLAY': display, 'LC_ALL': 'C.UTF-8', 'QT_QPA_PLATFORM': 'xcb', 'NO_AT_BRIDGE': '1'}
-            self.start_service('openbox')
-            # The window manager says so when it is there.
-            self.until(lambda: self.tool('xdotool', 'get_num_desktops', check=False), 'window manager')
+            # A window that is shown before the window manager has come up for good is never
+            # seen; this it starts when it has.
+            ready = os.path.join(self.folder.name, 'window-manager-is-ready')
+            self.start_service('openbox', '--startup', 'touch ' + ready)
+            self.until(lambda: os.path.exists(ready), 'window manager')
         except BaseException:
             self.__exit__(*sys.exc_info())
             raise

@@ -17,22 +17,6 @@ DoubleValue rowOf(std::span<const double> numbers) {
     return row;
 }
 
-/// Puts the state of the statements that wait back when an event is over.
-class RunPause {
-public:
-    RunPause() : running_(runState().running), signal_(runState().loopSignal) { runState().start(); }
-    ~RunPause() {
-        runState().running = running_;
-        runState().loopSignal = signal_;
-    }
-    RunPause(const RunPause&) = delete;
-    RunPause& operator=(const RunPause&) = delete;
-
-private:
-    bool running_;
-    LoopSignal signal_;
-};
-
 /// The first number of a result; 0 for one that holds none.
 double firstNumber(const Value& result) {
     return result.isEmpty() || result.valueType() > DOUBLE_VAL ? 0 : result.doubleValue();

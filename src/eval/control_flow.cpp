@@ -25,23 +25,20 @@ void Statement::fail(std::string_view message, std::string_view context) const {
 // ---- sequences of statements
 
 void BlockStm::exe() {
-    const RunState& state = runState();
-    if (state.debugStepping) return exeStepping();
+    RunState& state = runState();
     for (const StatementPtr& statement : statements_) {
-        if (!state.running) return;
+        if (!state.goesOn()) return;
         statement->exe();
+        // Also when it was this statement that began the stepping.
+        if (state.debugStepping) [[unlikely]]
+            stopBehind(*statement);
     }
 }
 
-void BlockStm::exeStepping() {
+void stopBehind(const Statement& statement) {
     const RunState& state = runState();
-    for (const StatementPtr& statement : statements_) {
-        if (!state.running) return;
-        statement->exe();
-        if (state.loopSignal != LoopSignal::none) return;
-        if (state.debugStepping && state.debugPause)
-            state.debugPause(statement->line(), statement->assignedValue(), {});
-    }
+    if (state.signal() != LoopSignal::none) return;
+    state.debugPause(statement.line(), statement.assignedValue(), nullptr);
 }
 
 bool BlockStm::uses(const Value* v) const {
@@ -52,14 +49,12 @@ bool BlockStm::uses(const Value* v) const {
 
 void BreakStm::exe() {
     if (!insideLoop_) throw *this;
-    runState().loopSignal = LoopSignal::leave;
-    runState().running = false;
+    runState().stop(LoopSignal::leave);
 }
 
 void ContinueStm::exe() {
     if (!insideLoop_) throw *this;
-    runState().loopSignal = LoopSignal::next;
-    runState().running = false;
+    runState().stop(LoopSignal::next);
 }
 
 // ---- conditions
@@ -102,16 +97,16 @@ bool LoopStm::runRound() {
         return false;
     }
     RunState& state = runState();
-    if (state.running) return true;
+    if (state.goesOn()) return true;
     checkInterrupt();
-    const LoopSignal signal = std::exchange(state.loopSignal, LoopSignal::none);
+    const LoopSignal signal = state.takeSignal();
     if (signal == LoopSignal::none) return false;
     state.resume();
     return signal == LoopSignal::next;
 }
 
 void WhileStm::exe() {
-    if (!runState().running) return;
+    if (!runState().goesOn()) return;
     do {
         const Condition::Truth truth = condition_.test();
         require(truth != Condition::Truth::notScalar, "non-scalar condition in while clause");
@@ -175,7 +170,7 @@ void ForStm::walkArray() {
 }
 
 void ForStm::exe() {
-    if (!runState().running) return;
+    if (!runState().goesOn()) return;
     if (!sequence_) return walkArray();
     const SequenceElement::Range range = sequence_->readRange();
     if (sequence_->type() == INTEGER_VAL)
@@ -195,7 +190,7 @@ void ForInStm::takeItem(const Value& item) {
 }
 
 void ForInStm::exe() {
-    if (!runState().running) return;
+    if (!runState().goesOn()) return;
     LoopProgress progress(collection_->size());
     for (int k = 0; k < collection_->size();) {
         progress.noteDone(k);

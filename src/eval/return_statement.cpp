@@ -58,7 +58,7 @@ void ReturnStm::exe() {
             copyIn(*lhs_, *expression()->pValue(room.get()));
         }
     }
-    runState().running = false;
+    runState().stop();
 }
 
 void insertReturn(BlockStm& body, Value& output) {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// `return`: stores the result in the output of its function and lowers the flag
-// `running`, so that every block and loop around it stops at its next look. It
+// `return`: stores the result in the output of its function and stops the run
+// state, so that every block and loop around it ends at its next look. It
 // throws nothing.
 
 #include "eval/number_source.h"

@@ -4,8 +4,8 @@
 // A compiled statement. Running it is one virtual call, with no interpreter
 // loop around it: a block calls its statements, a loop calls its body.
 //
-// Three things cut that walk short. `return` lowers the flag `running` of the
-// run state, which every block and loop looks at before it goes on. `break` and
+// Three things cut that walk short. `return` stops the run state, which every
+// block and loop asks whether it goes on. `break` and
 // `continue` do the same with a note for the loop; where no loop stands around
 // them in their function they are thrown, up to a loop that called it. A
 // failure passes through to the engine.
@@ -76,13 +76,15 @@ public:
     [[nodiscard]] const Block& statements() const { return statements_; }
 
 private:
-    void exeStepping();
-
     Block statements_;
 };
 
-/// A body as it is run: a block of one statement is passed by, except for a
-/// debugger, which wants to stop in it. The statement is not owned.
+/// A step of the debugger: stops behind a statement of a block that has run,
+/// unless it left for the loop around it.
+void stopBehind(const Statement& statement);
+
+/// A body as it is run: a block of one statement is passed by. The statement
+/// is not owned.
 class RunnableBody {
 public:
     RunnableBody() = default;
@@ -90,7 +92,11 @@ public:
         auto* block = dynamic_cast<BlockStm*>(&body);
         if (block && block->statements().size() == 1) inner_ = block->statements().front().get();
     }
-    void exe() const { (runState().debugStepping ? body_ : inner_)->exe(); }
+    void exe() const {
+        inner_->exe();
+        if (runState().debugStepping) [[unlikely]]
+            if (inner_ != body_) stopBehind(*inner_);
+    }
 
 private:
     Statement* body_ = nullptr;

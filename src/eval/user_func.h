@@ -9,7 +9,7 @@
 // back afterwards; what moves is pointers and single numbers, never arrays.
 //
 // A quick function, one whose body is a single `return`, skips the statement
-// and the flag `running`: its expression is evaluated in place of the call, and
+// and the stop of the run: its expression is evaluated in place of the call, and
 // a number goes in and comes out in registers.
 //
 // The object of a name stays where it is when the function is defined anew, and
@@ -241,12 +241,13 @@ private:
     /// A call may begin when there is room for it and nobody wants the run to end.
     void requireRoom() const {
         if (!mayBegin()) [[unlikely]]
-            failToBegin();
+            attendAndRequireRoom();
     }
-    [[nodiscard]] bool mayBegin() const {
-        return static_cast<unsigned>(depth_) < maxCallsInProgress && stackHasRoom() && !isInterrupted();
+    [[nodiscard]] bool hasRoom() const {
+        return static_cast<unsigned>(depth_) < maxCallsInProgress && stackHasRoom();
     }
-    [[noreturn]] void failToBegin() const;
+    [[nodiscard]] bool mayBegin() const { return hasRoom() && !isAttentionWanted(); }
+    void attendAndRequireRoom() const;
     void begin();
     void end() noexcept;
     void pushFrame();

@@ -88,8 +88,9 @@ void UserFunc::releaseLocals() noexcept {
         if (local.value->size() > 1) local.value->clear();
 }
 
-void UserFunc::failToBegin() const {
+void UserFunc::attendAndRequireRoom() const {
     checkInterrupt();
+    if (hasRoom()) return;
     Require(depth_ >= 0, "negative recursion depth: something is wrong", name());
     throw RuntimeError("max recursion depth exceeded", name());
 }

@@ -1,35 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "terminal/terminal_host.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
-
-#include <cstdlib>
-#include <filesystem>
 
 #include "base/encoding.h"
 #include "base/interrupt.h"
+#include "base/line_ends.h"
+#include "base/program_directory.h"
 #include "terminal/terminal_mode.h"
 
 namespace vorpen {
 namespace {
-
-constexpr std::string_view systemDirectories[] = {"/usr", "/opt", "/bin", "/sbin", "/lib", "/snap", "/nix"};
-
-bool isBelow(std::string_view path, std::string_view directory) {
-    return path.starts_with(directory) && (path.size() == directory.size() || path[directory.size()] == '/');
-}
-
-bool isSystemDirectory(std::string_view path) {
-    for (const auto directory : systemDirectories)
-        if (isBelow(path, directory)) return true;
-    return false;
-}
-
-std::string environmentText(const char* name) {
-    const char* text = std::getenv(name);
-    return text ? text : "";
-}
 
 void writeToStandardError(const std::string& text) {
     TextOutput error(STDERR_FILENO, false);
@@ -50,18 +31,6 @@ void onSignal(int signal) {
 }
 
 }  // namespace
-
-std::string chooseProgramDirectory(const ProgramPlaces& places) {
-    if (places.home) return *places.home;
-    if (!places.executableDirectory.empty() && places.executableDirectoryWritable &&
-        !isSystemDirectory(places.executableDirectory))
-        return places.executableDirectory;
-    // A relative directory is no valid setting and is to be ignored (XDG Base
-    // directories, version 0.8).
-    if (places.userData.starts_with('/')) return places.userData + "/vorpen";
-    if (places.userHome.starts_with('/')) return places.userHome + "/.local/share/vorpen";
-    return places.startDirectory;
-}
 
 TerminalHost::TerminalHost(TextOutput& output, TextInput& input, std::optional<std::string> home)
     : output_(output), input_(input), home_(std::move(home)) {
@@ -97,18 +66,7 @@ bool TerminalHost::ask(std::string_view title, std::string_view text, bool safe)
 }
 
 void TerminalHost::setPastedText(std::string_view utf8) {
-    const std::string text = fromUtf8(utf8);
-    std::string lines;
-    lines.reserve(text.size() + text.size() / 16);
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '\r' && text[i] != '\n') {
-            lines += text[i];
-            continue;
-        }
-        lines += "\r\n";
-        if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') ++i;
-    }
-    pasted_ = std::move(lines);
+    pasted_ = withClipboardLineEnds(fromUtf8(utf8));
 }
 
 /// A wait that a signal ended is the end of what runs.
@@ -143,25 +101,11 @@ void TerminalHost::sleepMilliseconds(double milliseconds, bool serveEvents) {
 }
 
 std::string TerminalHost::programDirectory() {
-    if (!programDirectory_) {
-        ProgramPlaces places;
-        places.home = home_;
-        places.executableDirectory = executableDirectory();
-        places.executableDirectoryWritable = access(places.executableDirectory.c_str(), W_OK) == 0;
-        places.userData = environmentText("XDG_DATA_HOME");
-        places.userHome = environmentText("HOME");
-        places.startDirectory = startDirectory();
-        programDirectory_ = chooseProgramDirectory(places);
-        std::error_code ignored;  // where it cannot be made, saving will say so
-        std::filesystem::create_directories(*programDirectory_, ignored);
-    }
+    if (!programDirectory_) programDirectory_ = makeProgramDirectory(home_, startDirectory());
     return *programDirectory_;
 }
 
-std::string TerminalHost::shareDirectory() {
-    const std::string directory = executableDirectory();
-    return directory.empty() ? std::string() : directory + "/../share/vorpen";
-}
+std::string TerminalHost::shareDirectory() { return installedShareDirectory(); }
 
 int TerminalHost::runCommand(const std::string& command) {
     const ActivityLine::Pause pause(activity_);
@@ -189,7 +133,11 @@ SignalsEndWait::SignalsEndWait(TextInput& input) : input_(input) {
 
 SignalsEndWait::~SignalsEndWait() {
     input_.setBlockedDuringWait(nullptr);
-    // A signal that is still waiting arrives here, while it does no harm.
+    // A signal that is still waiting arrives where they are unblocked, while it
+    // does no harm. An interrupt goes to whom it is meant for, who runs next;
+    // but it never ends the program.
+    static_assert(signals_[0] == SIGINT);
+    if (actionsBefore_[0].sa_handler != SIG_DFL) sigaction(SIGINT, &actionsBefore_[0], nullptr);
     sigprocmask(SIG_SETMASK, &blockedBefore_, nullptr);
     for (std::size_t i = 0; i < signals_.size(); ++i) sigaction(signals_[i], &actionsBefore_[i], nullptr);
 }

@@ -21,20 +21,6 @@
 
 namespace vorpen {
 
-/// What the choice of the program's directory depends on.
-struct ProgramPlaces {
-    std::optional<std::string> home;  ///< the directory given on the command line
-    std::string executableDirectory;  ///< empty when it is not known
-    bool executableDirectoryWritable = false;
-    std::string userData;  ///< XDG_DATA_HOME, empty when it is not set
-    std::string userHome;  ///< HOME, empty when it is not set
-    std::string startDirectory;
-};
-
-/// The program's directory: the one given; else that of the executable when
-/// it is writable and no part of the system; else the user's data directory.
-[[nodiscard]] std::string chooseProgramDirectory(const ProgramPlaces& places);
-
 class TerminalHost final : public Host {
 public:
     /// Lends the streams; `home` is the directory given on the command line.
@@ -63,8 +49,6 @@ public:
     std::optional<std::string> readLine() override;
     void sleepMilliseconds(double milliseconds, bool serveEvents) override;
     std::string programDirectory() override;
-    /// Found from the executable, so that an installed program can be moved
-    /// and a built one finds what was built with it.
     std::string shareDirectory() override;
     int runCommand(const std::string& command) override;
     int runProgram(const std::string& path, const std::vector<std::string>& arguments,

@@ -34,13 +34,13 @@ TEST_F(InterruptTest, IsRaisedWhereItIsLookedFor) {
 }
 
 TEST_F(InterruptTest, ARunIsNotResumedAfterIt) {
-    runState().running = false;
+    runState().stop();
     runState().resume();
-    EXPECT_TRUE(runState().running);
+    EXPECT_TRUE(runState().goesOn());
     runState().interrupt();
-    EXPECT_FALSE(runState().running);
+    EXPECT_FALSE(runState().goesOn());
     runState().resume();
-    EXPECT_FALSE(runState().running);
+    EXPECT_FALSE(runState().goesOn());
 }
 
 TEST_F(InterruptTest, ParallelWorkEndsBetweenPieces) {

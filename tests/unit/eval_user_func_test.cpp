@@ -592,7 +592,7 @@ TEST_F(UserFunctions, ReturnLowersTheFlagAndTheCallRaisesIt) {
     statements.push_back(does([] { FAIL() << "behind a return"; }));
     f.finishFunction(std::make_unique<BlockStm>(0, std::move(statements)));
     EXPECT_EQ(number(*makeCallElement(f, list(makeNumber(0)))), 3);
-    EXPECT_TRUE(runState().running);
+    EXPECT_TRUE(runState().goesOn());
 }
 
 // ---- the implicit return
@@ -669,7 +669,7 @@ TEST_F(UserFunctions, ReturnRefusesANarrowerOutput) {
     ReturnStm nothing(0, nullptr, &output);
     nothing.exe();
     EXPECT_EQ(output[0], 1);
-    EXPECT_FALSE(runState().running);
+    EXPECT_FALSE(runState().goesOn());
 }
 
 // ---- the life of a definition

@@ -209,7 +209,7 @@ TEST_F(StatementForms, BreakAndContinueKnowTheirLoop) {
     EXPECT_EQ(session.number("s"), 5);
     EXPECT_EQ(session.failure("break;"), "u");
     EXPECT_EQ(session.failure("if 1: continue;"), "u");
-    EXPECT_TRUE(runState().running);
+    EXPECT_TRUE(runState().goesOn());
     EXPECT_EQ(session.failure("break 2;"), "s extraneous characters or missing ; after break statement");
     EXPECT_EQ(session.failure("continue 2;"), "s extraneous characters or missing ; after continue");
 }

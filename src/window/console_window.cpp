@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "window/console_window.h"
+
+#include <QtGui/QCloseEvent>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QMenuBar>
+
+#include "base/interrupt.h"
+#include "console/console_commands.h"
+#include "eval/run_state.h"
+#include "window/about_dialog.h"
+#include "window/desktop.h"
+#include "window/encoding.h"
+
+namespace vorpen {
+namespace {
+
+/// The name of a menu's item, and behind a tab the key that does the same.
+QString menuText(std::string_view item) {
+    QString text = toQString(item);
+    const qsizetype blanks = text.indexOf("  ");
+    if (blanks < 0) return text;
+    return text.left(blanks) + '\t' + text.mid(blanks).trimmed();
+}
+
+}  // namespace
+
+ConsoleWindow::ConsoleWindow(Desktop& desktop, bool isSecondary)
+    : desktop_(desktop), isSecondary_(isSecondary), host_(*this) {
+    setWindowTitle(plainTitle());
+    // The window closes when the menu that said so has done its work.
+    client_ = new ConsoleWidget(
+        this, {.close = [this] { QMetaObject::invokeMethod(this, [this] { close(); }, Qt::QueuedConnection); },
+               .about = [this] { showAbout(); },
+               .launch = [this] { desktop_.openConsole(); },
+               .interrupt = [this] { interrupt(); },
+               .takeFocus = [this](bool toTop) { return takeFocus(toTop); }});
+    setCentralWidget(client_);
+    makeMenus();
+    calc_ = std::make_unique<Calc>(host_, isSecondary_);
+    console_ = std::make_unique<GuiClass>(calc_->console(), calc_->history(), *client_, host_, desktop_.turns(),
+                                          [this](const std::string& line, char mode) { runInput(line, mode); });
+    client_->setConsole(console_.get());
+    calc_->events().setTypist([this](std::string_view text) { console_->typeText(text); });
+    calc_->paths().setObserver([this] { showDirectories(); });
+    showDirectories();
+    resize(windowWidth, windowHeight);
+    const ScreenPlace place = isSecondary_ ? secondaryPlace : primaryPlace;
+    move(place.x, place.y);
+}
+
+ConsoleWindow::~ConsoleWindow() {
+    // The engine's end may still print and ask.
+    calc_->paths().setObserver({});
+    calc_.reset();
+    client_->setConsole(nullptr);
+}
+
+QString ConsoleWindow::plainTitle() const { return isSecondary_ ? "secondary Vorpen" : "Vorpen 5a"; }
+
+void ConsoleWindow::makeMenus() {
+    menuBar()->setNativeMenuBar(false);
+    QMenu* menu = nullptr;
+    std::string_view heading;
+    for (const MenuRow& row : consoleMenu()) {
+        if (row.menu != heading) menu = menuBar()->addMenu(toQString(row.menu));
+        heading = row.menu;
+        QAction* item = menu->addAction(menuText(row.item));
+        item->setData(row.id);
+        QObject::connect(item, &QAction::triggered, this, [this, id = row.id] { console_->command(id); });
+    }
+}
+
+void ConsoleWindow::showDirectories() {
+    const auto& recent = calc_->paths().recent();
+    client_->showDirectories({recent.begin(), recent.end()}, calc_->paths().current());
+}
+
+// ---- running
+
+void ConsoleWindow::runInput(const std::string& line, char mode) {
+    if (mustClose_ || desktop_.isLeaving()) return;
+    mustEndRun_ = false;
+    desktop_.beginRun(*this);
+    forgetInterrupt();
+    calc_->beginInput(line, mode);
+    calc_->run();
+    desktop_.endRun();
+}
+
+void ConsoleWindow::interrupt() {
+    mustEndRun_ = true;
+    runState().interrupt();
+}
+
+/// Other programs keep the keyboard when they have it.
+bool ConsoleWindow::takeFocus(bool toTop) {
+    if (toTop) raise();
+    if (!isActiveWindow() && (toTop || QApplication::activeWindow())) activateWindow();
+    return true;
+}
+
+void ConsoleWindow::runScript(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos) return;
+    const auto quoted = [](const std::string& text) {
+        const char quote = text.find('"') == std::string::npos ? '"' : '\'';
+        return quote + text + quote;
+    };
+    console_->typeText("cd " + quoted(slash == 0 ? "/" : path.substr(0, slash)));
+    console_->typeText("use " + quoted(path));
+}
+
+void ConsoleWindow::showBusy() {
+    const double share = runState().loopShare();
+    const QString progress = share < 0 ? QString() : QString(" %1 %").arg(static_cast<int>(share * 100));
+    setWindowTitle(plainTitle() + " - busy" + progress + ", Escape aborts");
+    if (!std::exchange(isShownBusy_, true)) client_->setCursor(Qt::WaitCursor);
+}
+
+void ConsoleWindow::endBusy() {
+    if (!std::exchange(isShownBusy_, false)) return;
+    setWindowTitle(plainTitle());
+    client_->setCursor(Qt::ArrowCursor);
+}
+
+void ConsoleWindow::showAbout() {
+    runAboutDialog(this);
+    console_->setFocus();
+}
+
+// ---- events
+
+void ConsoleWindow::closeEvent(QCloseEvent* event) {
+    // With the primary one the program ends, whatever runs elsewhere.
+    const bool mustWait = isSecondary_ ? console_->isRunning() : desktop_.runningConsole() != nullptr;
+    if (!mustWait) {
+        event->accept();
+        desktop_.closed(*this);
+        return;
+    }
+    event->ignore();
+    mustClose_ = true;
+    if (isSecondary_)
+        interrupt();
+    else
+        desktop_.interruptAll();
+}
+
+void ConsoleWindow::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() && console_) client_->setFocus();
+}
+
+}  // namespace vorpen

@@ -1,0 +1,214 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "window/desktop.h"
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <QtCore/QSocketNotifier>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QMenu>
+#include <QtWidgets/QMenuBar>
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <utility>
+
+#include "base/interrupt.h"
+#include "eval/run_state.h"
+#include "window/console_window.h"
+
+namespace vorpen {
+namespace {
+
+constexpr int endingSignals[] = {SIGTERM, SIGHUP, SIGINT};
+
+Desktop* theDesktop = nullptr;
+/// The engine that is saved when the program is ended from outside.
+Calc* engineToSave = nullptr;
+int signalSocket = -1;
+
+/// A program that does not answer in this time is left.
+constexpr unsigned patienceSeconds = 5;
+
+/// Runs in a signal handler while the program hangs in something that looks at
+/// no flag. Saving there may fail; then the files of the former session stand,
+/// since each takes its place by a rename, and the second alarm ends the
+/// program.
+void leaveAndSave(int) {
+    signal(SIGALRM, SIG_DFL);
+    alarm(patienceSeconds);
+    Desktop::saveNow();
+    _exit(128 + SIGTERM);
+}
+
+void onEndingSignal(int) {
+    runState().interrupt();
+    signal(SIGALRM, leaveAndSave);
+    alarm(patienceSeconds);
+    const char note = 1;
+    [[maybe_unused]] const ssize_t written = write(signalSocket, &note, 1);
+}
+
+}  // namespace
+
+Desktop::Desktop() {
+    theDesktop = this;
+    sinceServed_.start();
+    listenToSignals();
+    setService([] { theDesktop->serveWhileBusy(); });
+    // The window library leaves the program at once when its display is lost.
+    [[maybe_unused]] static const bool registered = std::atexit([] { saveNow(); }) == 0;
+}
+
+Desktop::~Desktop() {
+    alarm(0);
+    for (const int signal : endingSignals) std::signal(signal, SIG_DFL);
+    signals_.reset();
+    setService(nullptr);
+    // The primary engine goes last, as it came first, and saves by itself.
+    while (consoles_.size() > 1) consoles_.pop_back();
+    engineToSave = nullptr;
+    consoles_.clear();
+    theDesktop = nullptr;
+}
+
+void Desktop::saveNow() {
+    if (theDesktop) theDesktop->isLeaving_ = true;
+    if (Calc* calc = std::exchange(engineToSave, nullptr)) calc->saveForNextRun();
+}
+
+void Desktop::listenToSignals() {
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends) != 0) return;
+    signalSocket = ends[1];
+    signals_ = std::make_unique<QSocketNotifier>(ends[0], QSocketNotifier::Read);
+    QObject::connect(signals_.get(), &QSocketNotifier::activated, this, [this, from = ends[0]] {
+        char note;
+        while (read(from, &note, 1) > 0) {
+        }
+        leave();
+    });
+    struct sigaction action {};
+    action.sa_handler = onEndingSignal;
+    action.sa_flags = SA_RESTART;
+    for (const int signal : endingSignals) sigaction(signal, &action, nullptr);
+}
+
+ConsoleWindow& Desktop::openConsole() {
+    const bool isSecondary = !consoles_.empty();
+    consoles_.push_back(std::make_unique<ConsoleWindow>(*this, isSecondary));
+    ConsoleWindow& window = *consoles_.back();
+    if (!isSecondary) engineToSave = &window.calc();
+    window.show();
+    window.client().setFocus();
+    return window;
+}
+
+// ---- running
+
+void Desktop::beginRun(ConsoleWindow& console) {
+    running_.push_back(&console);
+    sinceServed_.start();
+    clock_.beginRun();
+}
+
+void Desktop::endRun() {
+    clock_.endRun();
+    running_.back()->endBusy();
+    running_.pop_back();
+    forgetInterrupt();
+    // The wish to end the run around this one has ended this one first.
+    if (running_.empty())
+        mustEndAll_ = false;
+    else if (mustEndAll_ || running_.back()->mustEndRun())
+        runState().interrupt();
+    QMetaObject::invokeMethod(this, [this] { afterRun(); }, Qt::QueuedConnection);
+}
+
+void Desktop::afterRun() {
+    if (turns_.isComputing) return;
+    if (isLeaving_) {
+        if (running_.empty()) QCoreApplication::quit();
+        return;
+    }
+    for (const auto& console : consoles_)
+        if (console->mustClose() && !console->console().isRunning()) {
+            console->close();
+            return;
+        }
+    for (const auto& console : consoles_) console->console().giveKeptKeys();
+}
+
+void Desktop::serveWhileBusy() {
+    // A run that waits serves all events by itself; then none may be dropped.
+    constexpr int recentlyMilliseconds = 200;
+    if (turns_.isComputing || running_.empty() || sinceServed_.elapsed() < recentlyMilliseconds) return;
+    turns_.isComputing = true;
+    running_.back()->showBusy();
+    running_.back()->console().showOutput();
+    QCoreApplication::instance()->installEventFilter(this);
+    constexpr int longestMilliseconds = 20;
+    QCoreApplication::processEvents(QEventLoop::AllEvents, longestMilliseconds);
+    QCoreApplication::instance()->removeEventFilter(this);
+    turns_.isComputing = false;
+}
+
+/// True for an event that is dropped while something computes.
+bool Desktop::eventFilter(QObject* target, QEvent* event) {
+    if (!target->isWidgetType()) return false;
+    const bool isMenu = qobject_cast<QMenu*>(target) || qobject_cast<QMenuBar*>(target);
+    switch (event->type()) {
+        case QEvent::Close:
+            if (isMenu || dynamic_cast<ConsoleWindow*>(target)) return false;
+            event->ignore();
+            return true;
+        case QEvent::KeyPress:
+        case QEvent::KeyRelease:
+        case QEvent::ShortcutOverride:
+        case QEvent::InputMethod:
+            // The console keeps the keys.
+            return !isMenu && !dynamic_cast<ConsoleWidget*>(target) && !dynamic_cast<ConsoleWindow*>(target);
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonRelease:
+        case QEvent::MouseButtonDblClick:
+        case QEvent::MouseMove: return !isMenu && !qobject_cast<QScrollBar*>(target);
+        case QEvent::ContextMenu:
+        case QEvent::Drop: return true;
+        default: return false;
+    }
+}
+
+// ---- the end
+
+void Desktop::closed(ConsoleWindow& console) {
+    if (!console.isSecondary()) {
+        for (const auto& other : consoles_) other->hide();
+        QCoreApplication::quit();
+        return;
+    }
+    // Not from within an event of its own.
+    QMetaObject::invokeMethod(
+        this,
+        [this, gone = &console] { std::erase_if(consoles_, [gone](const auto& one) { return one.get() == gone; }); },
+        Qt::QueuedConnection);
+}
+
+void Desktop::interruptAll() {
+    mustEndAll_ = true;
+    runState().interrupt();
+}
+
+void Desktop::leave() {
+    isLeaving_ = true;
+    // What waits for an answer gets none.
+    while (QWidget* box = QApplication::activeModalWidget()) {
+        box->close();
+        if (QApplication::activeModalWidget() == box) break;
+    }
+    if (running_.empty())
+        QCoreApplication::quit();
+    else
+        interruptAll();
+}
+
+}  // namespace vorpen

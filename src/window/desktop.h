@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// The program with windows: its consoles, of which the first is the primary
+// one, and what they share. What runs in a console computes, or waits for the
+// user. While it waits, all windows are as they always are, and another console
+// may run something of its own; the first goes on when that has ended. While
+// it computes, the window system gets a moment now and then, in which windows
+// are painted and Escape is heard, and whatever would start something waits or
+// is dropped.
+//
+// Whoever wants the program or a window to end while something runs raises the
+// interrupt. The run unwinds, with all that waits inside it, and then windows
+// close.
+
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QObject>
+#include <memory>
+#include <vector>
+
+#include "console/gui_class.h"
+#include "window/service_clock.h"
+
+class QSocketNotifier;
+
+namespace vorpen {
+
+class ConsoleWindow;
+
+class Desktop final : public QObject {
+public:
+    Desktop();
+    ~Desktop() override;
+
+    /// Opens a console with an engine of its own; the first one is the
+    /// primary.
+    ConsoleWindow& openConsole();
+    [[nodiscard]] const std::vector<std::unique_ptr<ConsoleWindow>>& consoles() const { return consoles_; }
+
+    [[nodiscard]] const ConsoleTurns& turns() const { return turns_; }
+    /// Called by a console around each run. Runs may be inside each other.
+    void beginRun(ConsoleWindow& console);
+    void endRun();
+    /// The console whose run computes or waits now, null when nothing runs.
+    [[nodiscard]] ConsoleWindow* runningConsole() const { return running_.empty() ? nullptr : running_.back(); }
+
+    /// Called when a run that waits has let all events through.
+    void noteEventsServed() { sinceServed_.start(); }
+    /// Gives the window system its moment while something computes.
+    void serveWhileBusy();
+
+    /// A console was closed. The end of the primary one is that of the program.
+    void closed(ConsoleWindow& console);
+    /// Ends all that runs.
+    void interruptAll();
+    /// Ends the program without asking anyone, the session saved.
+    void leave();
+    [[nodiscard]] bool isLeaving() const { return isLeaving_; }
+    /// Saves the session where the program cannot come to its end.
+    static void saveNow();
+
+protected:
+    bool eventFilter(QObject* target, QEvent* event) override;
+
+private:
+    void listenToSignals();
+    void afterRun();
+
+    std::vector<std::unique_ptr<ConsoleWindow>> consoles_;
+    ConsoleTurns turns_;
+    std::vector<ConsoleWindow*> running_;  ///< the innermost last
+    QElapsedTimer sinceServed_;
+    bool isLeaving_ = false;
+    bool mustEndAll_ = false;
+    std::unique_ptr<QSocketNotifier> signals_;
+    ServiceClock clock_;
+};
+
+}  // namespace vorpen
