@@ -4,6 +4,16 @@
 #include "base/errors.h"
 
 namespace vorpen {
+namespace {
+
+EngineContext* current = nullptr;
+
+EngineContext& ofNoEngine() {
+    static EngineContext context;
+    return context;
+}
+
+}  // namespace
 
 Host& EngineContext::surroundings() const {
     if (!host) throw PlainFailure{"?bug: a built-in function was called without a host"};
@@ -15,9 +25,11 @@ Dir& EngineContext::directories() const {
     return *paths;
 }
 
-EngineContext& engineContext() {
-    static EngineContext context;
-    return context;
+EngineContext& engineContext() { return current ? *current : ofNoEngine(); }
+
+void setEngineContext(EngineContext* context) {
+    current = context;
+    if (!context) ofNoEngine() = EngineContext{};
 }
 
 }  // namespace vorpen

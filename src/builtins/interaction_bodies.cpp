@@ -3,7 +3,6 @@
 
 #include <algorithm>
 
-#include "builtins/engine_context.h"
 #include "builtins/figure_waiting.h"
 #include "builtins/plot_arguments.h"
 #include "builtins/plot_drawing.h"
@@ -24,7 +23,7 @@ int entryOf(double key, bool isLetter) {
 
 double entryValue(int entry) {
     if (entry != MOUSE_USER) return interaction().mouse.read(entry);
-    const DoubleValue& kept = engineContext().mouseValue;
+    const DoubleValue& kept = interaction().mouse.userValue;
     Require(kept.size() == 1, "non-scalar argument", "getmouse");
     return kept[0];
 }
@@ -139,13 +138,13 @@ void mouseValues(const Value& keys, DoubleValue& out) {
     MouseState& mouse = interaction().mouse;
     if (wanted.isEmpty()) return storePair(out, mouse[MOUSE_X], mouse[MOUSE_Y]);
     const auto entryAt = [&](int k) { return entryOf(wanted[k], wanted.isString()); };
-    if (wanted.size() == 1 && entryAt(0) == MOUSE_USER) return out.copyFrom(engineContext().mouseValue);
+    if (wanted.size() == 1 && entryAt(0) == MOUSE_USER) return out.copyFrom(interaction().mouse.userValue);
     shapeResult(out, wanted.nrow(), wanted.ncol());
     for (int k = 0; k < wanted.size(); ++k) out[k] = entryValue(entryAt(k));
 }
 
 void setMouseValue(const Value& value, DoubleValue& out) {
-    engineContext().mouseValue.copyFrom(value);
+    interaction().mouse.userValue.copyFrom(value);
     out.assignDouble(1);
 }
 

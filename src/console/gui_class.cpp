@@ -25,18 +25,6 @@ int asInt(std::int64_t value) {
                                                      std::numeric_limits<int>::max()));
 }
 
-/// The editor is open to nobody while this lives.
-class RunScope {
-public:
-    explicit RunScope(ConsoleRun& run) : run_(run) { run_.isRunning = true; }
-    ~RunScope() { run_.isRunning = false; }
-    RunScope(const RunScope&) = delete;
-    RunScope& operator=(const RunScope&) = delete;
-
-private:
-    ConsoleRun& run_;
-};
-
 }  // namespace
 
 /// Draws the input line so that its caret is in sight: what would stand left
@@ -60,9 +48,9 @@ private:
     int left_, shift_, charWidth_;
 };
 
-GuiClass::GuiClass(ConsoleText& text, CommandHistory& history, ConsoleView& view, Host& host, ConsoleRun& run,
-                   InputRunner runInput)
-    : text_(text), view_(view), host_(host), run_(run), runInput_(std::move(runInput)), line_(history) {
+GuiClass::GuiClass(ConsoleText& text, CommandHistory& history, ConsoleView& view, Host& host,
+                   const ConsoleTurns& turns, InputRunner runInput)
+    : text_(text), view_(view), host_(host), turns_(turns), runInput_(std::move(runInput)), line_(history) {
     line_.setCommandSink([this](LineCommand what) { command(static_cast<int>(what)); });
     line_.setPaneTop(stripHeight);
     line_.updatePrompt();
@@ -241,7 +229,7 @@ void GuiClass::placeCaretByMouse(int x) {
 void GuiClass::onLDown(int x, int y) {
     leftIsDown_ = true;
     pressedHotWord_ = false;
-    if (!view_.takeFocus()) text_.print("?bug: SetFocus failed in GuiClass::onLDown", true, PrintMode::markup);
+    if (!view_.takeFocus(true)) text_.print("?bug: SetFocus failed in GuiClass::onLDown", true, PrintMode::markup);
     if (isOnInputLine(y)) {
         selection_.clearHotWord();
         placeCaretByMouse(x);
@@ -281,11 +269,11 @@ bool GuiClass::isHot(int x, int y) const {
 // ---- keys
 
 void GuiClass::onKey(KeyKind kind, int key, bool control, int repeat) {
-    if (reading_ == Reading::character) {
+    if (reading_ == Reading::character && !turns_.isComputing) {
         if (kind == KeyKind::character && !readCharacter_) readCharacter_ = key & 0xFF;
         return;
     }
-    if (run_.isRunning && !isReading() && key == escapeKey) {
+    if (isRunning_ && !isReading() && key == escapeKey) {
         if (kind == KeyKind::character) view_.interrupt();
         return;
     }
@@ -316,7 +304,7 @@ void GuiClass::finishLine() {
 }
 
 void GuiClass::giveKeptKeys() {
-    if (!run_.isRunning && std::exchange(postWasDropped_, false)) view_.post(COMMAND_EXECUTE);
+    if (!turns_.isComputing && std::exchange(postWasDropped_, false)) view_.post(COMMAND_EXECUTE);
     while (!keptKeys_.empty() && editorIsOpen()) {
         const Key key = keptKeys_.front();
         keptKeys_.pop_front();
@@ -365,7 +353,7 @@ void GuiClass::command(int id) {
                 host_.setClipboardText(copied);
             break;
         case CommandAction::execute:
-            if (run_.isRunning) {
+            if (isRunning_ || turns_.isComputing) {
                 postWasDropped_ = linePosted_;
                 break;
             }
@@ -388,7 +376,7 @@ void GuiClass::command(int id) {
             break;
         case CommandAction::clearClipboard: view_.clearClipboard(); break;
         case CommandAction::abort:
-            if (run_.isRunning) view_.interrupt();
+            if (isRunning_) view_.interrupt();
             break;
         case CommandAction::zoom: setFontSize(fontSize_ * row.factor); break;
         case CommandAction::close: view_.closeWindow(); break;
@@ -407,23 +395,22 @@ void GuiClass::chooseDirectory(const std::string& directory) {
 }
 
 void GuiClass::setFocus() {
-    if (!view_.takeFocus()) text_.print("?bug: GuiClass::setFocus failed", true, PrintMode::markup);
+    if (!view_.takeFocus(false)) text_.print("?bug: GuiClass::setFocus failed", true, PrintMode::markup);
 }
 
 // ---- running
 
 void GuiClass::runLine(char mode) {
-    if (run_.isRunning || (linePosted_ && mode != '>')) return;
+    if (isRunning_ || turns_.isComputing || (linePosted_ && mode != '>')) return;
     linePosted_ = false;
     const std::string line = line_.takeLine();
     lineShift_ = 0;
     view_.hideCaret();
     line_.setPromptVisible(false);
-    {
-        const RunScope scope(run_);
-        fitConsole();
-        runInput_(line, mode);
-    }
+    fitConsole();
+    isRunning_ = true;
+    runInput_(line, mode);
+    isRunning_ = false;
     line_.setPromptVisible(true);
     line_.takeLine();
     line_.countCommand();
@@ -433,6 +420,22 @@ void GuiClass::runLine(char mode) {
     redrawLine();
     setFocus();
     giveKeptKeys();
+}
+
+void GuiClass::runAside(const std::function<void()>& call) {
+    if (isRunning_) return call();
+    struct Aside {
+        explicit Aside(GuiClass& console) : console(console) { console.isRunning_ = true; }
+        ~Aside() {
+            console.isRunning_ = false;
+            console.showOutput();
+        }
+        Aside(const Aside&) = delete;
+        Aside& operator=(const Aside&) = delete;
+        GuiClass& console;
+    };
+    const Aside aside(*this);
+    call();
 }
 
 std::optional<std::string> GuiClass::readLine(const std::function<bool()>& serveEvent) {

@@ -9,10 +9,11 @@
 //
 // A line that is typed is shown at once and runs a moment later, when the
 // window hands back the command that was posted for it. While something runs,
-// in whatever console, the line editors are closed: keys are kept and come to
-// the editor when the run is over, Escape asks for its end, and other input
-// that would start something is dropped. What runs may itself ask for a
-// character or a line; then the keys go there.
+// the editor is closed: keys are kept and come to it when the run is over,
+// Escape asks for its end, and other input that would start something is
+// dropped. What runs may itself ask for a character or a line; then the keys go
+// there. Other consoles are closed too while the run computes, and open while
+// it waits.
 
 #include <cstdint>
 #include <deque>
@@ -56,9 +57,9 @@ public:
     virtual void invalidate() = 0;
     virtual void showCaret(const Rectangle& place) = 0;
     virtual void hideCaret() = 0;
-    /// Brings the window to the top with the keyboard's focus; false when that
-    /// is refused.
-    virtual bool takeFocus() = 0;
+    /// Gives the window the keyboard's focus, and brings it to the top if that
+    /// is wanted; false when it is refused.
+    virtual bool takeFocus(bool toTop) = 0;
     /// Sends a command that comes back through `command` when the present
     /// event has been served.
     virtual void post(int command) = 0;
@@ -70,10 +71,11 @@ public:
     virtual void interrupt() = 0;
 };
 
-/// What runs, shared by all consoles of the program: there is one run at a
-/// time.
-struct ConsoleRun {
-    bool isRunning = false;
+/// What the consoles of a program share.
+struct ConsoleTurns {
+    /// Something computes and lets no more than the window system have a
+    /// moment: no console may start anything.
+    bool isComputing = false;
 };
 
 class GuiClass {
@@ -85,8 +87,8 @@ public:
     using InputRunner = std::function<void(const std::string& line, char mode)>;
 
     /// Lends everything.
-    GuiClass(ConsoleText& text, CommandHistory& history, ConsoleView& view, Host& host, ConsoleRun& run,
-             InputRunner runInput);
+    GuiClass(ConsoleText& text, CommandHistory& history, ConsoleView& view, Host& host,
+             const ConsoleTurns& turns, InputRunner runInput);
     GuiClass(const GuiClass&) = delete;
     GuiClass& operator=(const GuiClass&) = delete;
 
@@ -118,6 +120,10 @@ public:
     /// Takes a text into the input line, as from the clipboard.
     void paste(std::string_view text);
 
+    /// Runs what no line asked for, such as a function that answers an event.
+    /// The editor keeps what is typed in it, and is closed for so long.
+    void runAside(const std::function<void()>& call);
+
     // ---- What a running program asks for. The function serves one event, and
     // answers false when no more can come.
 
@@ -139,8 +145,10 @@ public:
     [[nodiscard]] Rectangle caretPlace() const;
     /// Whether a word at a place can be clicked for help.
     [[nodiscard]] bool isHot(int x, int y) const;
-    /// True while a line that was typed or asked for is on its way or runs.
-    [[nodiscard]] bool isBusy() const { return run_.isRunning || linePosted_; }
+    /// A piece of input of this console runs.
+    [[nodiscard]] bool isRunning() const { return isRunning_; }
+    /// Nothing can be started: a line is on its way, or something runs.
+    [[nodiscard]] bool isBusy() const { return isRunning_ || linePosted_ || turns_.isComputing; }
     /// What runs reads keys itself.
     [[nodiscard]] bool isReading() const { return reading_ != Reading::nothing; }
 
@@ -154,7 +162,9 @@ private:
     enum class Reading { nothing, line, character };
     class ShiftedSurface;
 
-    [[nodiscard]] bool editorIsOpen() const { return !isBusy() || reading_ == Reading::line; }
+    [[nodiscard]] bool editorIsOpen() const {
+        return reading_ == Reading::line ? !turns_.isComputing : !isBusy();
+    }
     void deliverKey(KeyKind kind, int key, bool control, int repeat);
     void finishLine();
     void pressEnter() { deliverKey(KeyKind::character, '\r', false, 1); }
@@ -181,7 +191,7 @@ private:
     ConsoleText& text_;
     ConsoleView& view_;
     Host& host_;
-    ConsoleRun& run_;
+    const ConsoleTurns& turns_;
     InputRunner runInput_;
     CommandLine line_;
     ScrollState scroll_;
@@ -194,8 +204,9 @@ private:
     bool pressedHotWord_ = false;
     bool leftIsDown_ = false;
 
+    bool isRunning_ = false;
     bool linePosted_ = false;
-    bool postWasDropped_ = false;  ///< its command came while another console ran something
+    bool postWasDropped_ = false;  ///< its command came while another console computed
     std::deque<Key> keptKeys_;
     std::deque<std::string> keptLines_;  ///< typed by menus of figures
     std::optional<std::string> setAside_;  ///< what the user was typing

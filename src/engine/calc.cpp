@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/calc.h"
 
+#include <algorithm>
+#include <cassert>
 #include <exception>
+#include <vector>
 
 #include "base/errors.h"
 #include "base/interrupt.h"
@@ -32,43 +35,118 @@ public:
     [[nodiscard]] int commentStartLine() const override { return -1; }
 };
 
+/// All engines of the program and whose turn it is.
+struct Engines {
+    std::vector<Calc*> all;  ///< in the order in which they were made
+    Calc* chosen = nullptr;  ///< by the user
+    /// What runs, each waiting for the one behind it.
+    std::vector<Calc*> running;
+
+    [[nodiscard]] Calc* current() const { return running.empty() ? chosen : running.back(); }
+};
+
+Engines& engines() {
+    static Engines engines;
+    return engines;
+}
+
 }  // namespace
 
+/// The run of one engine, while which it is current.
+class Calc::Turn {
+public:
+    explicit Turn(Calc& calc) : calc_(calc) {
+        engines().running.push_back(&calc);
+        calc_.isRunning_ = true;
+        calc_.connect();
+    }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+    ~Turn() {
+        calc_.isRunning_ = false;
+        engines().running.pop_back();
+        if (Calc* next = engines().current(); next && next != &calc_) next->connect();
+    }
+
+private:
+    Calc& calc_;
+    RunPause formerRun_;
+};
+
 Calc::Calc(Host& host, bool isSecondary)
+    : Calc(host, isSecondary, {host.startDirectory(), host.programDirectory()}) {}
+
+Calc::Calc(Host& host, const Calc& running)
+    : Calc(host, true, {running.paths_.current(), running.programDirectory_}) {}
+
+Calc::Calc(Host& host, bool isSecondary, const Directories& directories)
     : host_(host),
       isSecondary_(isSecondary),
-      programDirectory_(host.programDirectory()),
-      paths_(host.startDirectory()),
+      programDirectory_(directories.program),
+      paths_(directories.start),
       input_(paths_),
       symbols_(functions_),
       resources_(symbols_, input_),
       compiler_(symbols_, input_),
       events_(functions_, host_) {
-    setConsole(&console_);
-    runState().reset();
-    EngineContext& context = engineContext();
-    context = EngineContext{};
-    context.host = &host_;
-    context.paths = &paths_;
-    context.evaluateText = [this](const std::string& text, DoubleValue& out) { evaluateText(text, out); };
-    context.drawFit = drawFitFigure;
-    interaction().setTarget(&events_);
+    context_.host = &host_;
+    context_.paths = &paths_;
+    context_.evaluateText = [this](const std::string& text, DoubleValue& out) { evaluateText(text, out); };
+    context_.drawFit = drawFitFigure;
     installGslErrorHandler();
     resources_.addDirectory(programDirectory_);
     resources_.addDirectory(host_.shareDirectory());
     symbols_.setResourceLoader([this](const std::string& name) { return resources_.load(name); });
     compiler_.setQueryHook([this](std::span<const Token> tokens) { query(tokens, symbols_, host_, console_); });
-    if (!isSecondary_) loadFormerRun();
+    if (engines().all.empty()) runState().reset();
+    engines().all.push_back(this);
+    makeCurrent();
+    try {
+        if (!isSecondary_) loadFormerRun();
+    } catch (...) {
+        retire();
+        throw;
+    }
 }
 
 Calc::~Calc() {
+    assert(!isRunning_);
     saveForNextRun();
+    retire();
+}
+
+/// Leaves the program to the other engines.
+void Calc::retire() {
+    std::vector<Calc*>& others = engines().all;
+    std::erase(others, this);
+    if (!others.empty()) {
+        const auto primary = std::ranges::find_if(others, [](const Calc* calc) { return !calc->isSecondary_; });
+        if (engines().chosen == this) engines().chosen = primary == others.end() ? others.front() : *primary;
+        engines().current()->connect();
+        return;
+    }
+    engines().chosen = nullptr;
     interaction().setTarget(nullptr);
     interaction().reset();
     figureList().reset();
-    engineContext() = EngineContext{};
+    setEngineContext(nullptr);
     runState().reset();
     setConsole(nullptr);
+}
+
+Calc* Calc::current() { return engines().current(); }
+
+void Calc::makeCurrent() {
+    engines().chosen = this;
+    engines().current()->connect();
+}
+
+/// Everything of an engine that others reach without knowing it.
+void Calc::connect() {
+    setConsole(&console_);
+    setEngineContext(&context_);
+    runState().useAnswer(&answer_);
+    interaction().setTarget(&events_);
 }
 
 void Calc::loadFormerRun() {
@@ -93,6 +171,8 @@ void Calc::saveForNextRun() {
 }
 
 void Calc::beginInput(std::string_view text, char kind) {
+    refusedInput_ = isRunning_;
+    if (refusedInput_) return;
     switch (kind) {
         case '>':
         case 's': input_.beginText(std::string(text), kind); break;
@@ -125,6 +205,16 @@ StatementPtr Calc::compileInput() {
 }
 
 bool Calc::run() {
+    if (isRunning_) {
+        // Its tree and its values are in use.
+        if (std::exchange(refusedInput_, false)) printMessage("wait for the end of the former input");
+        return false;
+    }
+    const Turn turn(*this);
+    return runInput();
+}
+
+bool Calc::runInput() {
     symbols_.forgetRemoved();
     resources_.beginInput();
     // The wish to interrupt may come before the first statement, and is kept;

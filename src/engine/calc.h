@@ -8,14 +8,24 @@
 // thrown on the way ends here as a red line on the console. After a failure
 // the input is empty again, and symbols, functions and values keep the state
 // that they reached.
+//
+// There may be several engines in the program, which take turns in its one
+// thread. Each has its variables, functions, console, paths, last answer and
+// debugger; figures, the mouse and the stored factorisation are shared. What
+// built-in functions and statements reach through accessors (console(),
+// engineContext(), runState(), the target of events) is that of the engine that
+// is current: the one that runs, or between runs the one whose console was
+// chosen last.
 
 #include <string>
 #include <string_view>
 
 #include "base/host.h"
+#include "builtins/engine_context.h"
 #include "console/command_history.h"
 #include "console/console_text.h"
 #include "engine/event_functions.h"
+#include "eval/last_answer.h"
 #include "eval/user_func.h"
 #include "files/dir.h"
 #include "frontend/input.h"
@@ -29,8 +39,12 @@ class Calc {
 public:
     /// A primary engine loads the variables, the typed lines and the path list
     /// of the run before from the program's directory and saves them at its
-    /// end; a secondary one keeps to itself.
+    /// end; a secondary one keeps to itself. The new engine is current.
     explicit Calc(Host& host, bool isSecondary = false);
+    /// A secondary engine beside a running one, with the same directories.
+    Calc(Host& host, const Calc& running);
+    /// The engine must not be running. Another one becomes current, the
+    /// primary one if there is one; figures are closed with the last engine.
     ~Calc();
     Calc(const Calc&) = delete;
     Calc& operator=(const Calc&) = delete;
@@ -41,8 +55,18 @@ public:
     void beginInput(std::string_view text, char kind);
 
     /// Compiles and runs what is on the input stack. Never throws; false when
-    /// it ended in a failure.
+    /// it ended in a failure. Another engine may be running: it waits, and goes
+    /// on afterwards as it was. The same engine refuses a second input while
+    /// one is running.
     bool run();
+    [[nodiscard]] bool isRunning() const { return isRunning_; }
+
+    /// To be called when the user turns to this engine's console. While an
+    /// engine runs it stays current; the chosen one follows it.
+    void makeCurrent();
+    /// The engine that is current; null without any.
+    [[nodiscard]] static Calc* current();
+    [[nodiscard]] bool isSecondary() const { return isSecondary_; }
 
     [[nodiscard]] Host& host() { return host_; }
     [[nodiscard]] ConsoleText& console() { return console_; }
@@ -59,6 +83,15 @@ public:
     void saveForNextRun();
 
 private:
+    class Turn;
+    struct Directories {
+        std::string start, program;
+    };
+
+    Calc(Host& host, bool isSecondary, const Directories& directories);
+    void connect();
+    void retire();
+    bool runInput();
     void loadFormerRun();
     StatementPtr compileInput();
     void printError(const std::string& message);
@@ -67,6 +100,8 @@ private:
 
     Host& host_;
     const bool isSecondary_;
+    bool isRunning_ = false;
+    bool refusedInput_ = false;  ///< that came while another one was running
     const std::string programDirectory_;
     ConsoleText console_;
     CommandHistory history_;
@@ -77,6 +112,8 @@ private:
     ResourceFunctions resources_;
     StatementCompiler compiler_;
     EventFunctions events_;
+    LastAnswer answer_;
+    EngineContext context_;
     std::string pendingFailure_;  ///< of a script that could not be begun
 };
 

@@ -17,18 +17,6 @@ DoubleValue rowOf(std::span<const double> numbers) {
     return row;
 }
 
-/// Puts the state of the statements that wait back when an event is over.
-class RunPause {
-public:
-    RunPause() { runState().start(); }
-    ~RunPause() { runState().restoreStop(stop_); }
-    RunPause(const RunPause&) = delete;
-    RunPause& operator=(const RunPause&) = delete;
-
-private:
-    const RunState::Stop stop_ = runState().stopState();
-};
-
 /// The first number of a result; 0 for one that holds none.
 double firstNumber(const Value& result) {
     return result.isEmpty() || result.valueType() > DOUBLE_VAL ? 0 : result.doubleValue();

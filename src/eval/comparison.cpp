@@ -7,6 +7,7 @@
 
 #include "base/errors.h"
 #include "eval/indexing.h"
+#include "eval/mask_program.h"
 
 namespace vorpen {
 namespace {
@@ -170,6 +171,7 @@ unsigned acceptedOrderings(int op) {
 
 ComparatorElement::ComparatorElement(EvaluatablePtr a, int op1, EvaluatablePtr b, int op2, EvaluatablePtr c)
     : With3Evaluatable(std::move(a), std::move(b), std::move(c)),
+      isMask_(MaskProgram::applies(*this)),
       op1_(op1),
       op2_(op2),
       accepted_(acceptedOrderings(op1)) {
@@ -193,6 +195,11 @@ Outcome ComparatorElement::evaluate(Value* workspace) {
         IntValue result;
         compareValues(op1_, *valueOf(outcome, &local), *child(1)->pValue(room.get()), result);
         return deliver(result, workspace);
+    }
+    if (isMask_) {
+        const MaskStep step{this};
+        MaskRun run({&step, 1});
+        if (run.prepare()) return run.deliver(workspace);
     }
     return compareParts(workspace);
 }

@@ -37,6 +37,9 @@ public:
     [[nodiscard]] Evaluatable& left() const { return *child(0); }
     [[nodiscard]] Evaluatable& right() const { return *child(1); }
     [[nodiscard]] bool isChain() const { return child(2) != nullptr; }
+    [[nodiscard]] Evaluatable& third() const { return *child(2); }
+    [[nodiscard]] int firstOperator() const { return op1_; }
+    [[nodiscard]] int secondOperator() const { return op2_; }
     /// The orderings of the first two parts for which their comparison holds.
     [[nodiscard]] unsigned accepted() const { return accepted_; }
 
@@ -52,6 +55,7 @@ public:
 private:
     Outcome compareParts(Value* workspace);
 
+    bool isMask_;  ///< it may run as a mask
     int op1_;
     int op2_;
     unsigned accepted_;

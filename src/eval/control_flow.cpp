@@ -26,22 +26,19 @@ void Statement::fail(std::string_view message, std::string_view context) const {
 
 void BlockStm::exe() {
     RunState& state = runState();
-    if (state.debugStepping) return exeStepping();
     for (const StatementPtr& statement : statements_) {
         if (!state.goesOn()) return;
         statement->exe();
+        // Also when it was this statement that began the stepping.
+        if (state.debugStepping) [[unlikely]]
+            stopBehind(*statement);
     }
 }
 
-void BlockStm::exeStepping() {
-    RunState& state = runState();
-    for (const StatementPtr& statement : statements_) {
-        if (!state.goesOn()) return;
-        statement->exe();
-        if (state.hasSignal()) return;
-        if (state.debugStepping && state.debugPause)
-            state.debugPause(statement->line(), statement->assignedValue(), {});
-    }
+void stopBehind(const Statement& statement) {
+    const RunState& state = runState();
+    if (state.signal() != LoopSignal::none) return;
+    state.debugPause(statement.line(), statement.assignedValue(), nullptr);
 }
 
 bool BlockStm::uses(const Value* v) const {

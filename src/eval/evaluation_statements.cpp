@@ -48,10 +48,21 @@ void AssignAndDisplayStm::exe() {
     displayNamed(*value_, name_);
 }
 
+/// The result is on view and no more: it does not become the last answer.
+void BreakPointStm::stopAfterExpression() {
+    Evaluatable& expression = *body().expression();
+    if (expression.type() == UNKNOWN_VAL)
+        return runState().debugPause(
+            line(), &itemOf(expression, "EvalStm: expression involving a list item"), function_);
+    Workspace workspace(expression.type());
+    runState().debugPause(line(), expression.pValue(workspace.get()), function_);
+}
+
 void BreakPointStm::exe() {
+    if (!value_) return stopAfterExpression();
     body().exe();
-    if (value_) runState().setAns(*value_);
-    if (runState().debugPause) runState().debugPause(line(), value_, name_);
+    runState().setAns(*value_);
+    runState().debugPause(line(), value_, function_);
 }
 
 }  // namespace vorpen

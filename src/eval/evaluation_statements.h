@@ -42,16 +42,20 @@ private:
 /// Stops in the debugger after a statement.
 class BreakPointStm final : public WithStm {
 public:
-    /// The value may be null, the name empty.
-    BreakPointStm(int line, StatementPtr statement, Value* value, std::string name)
-        : WithStm(line, nullptr, std::move(statement)), value_(value), name_(std::move(name)) {}
+    /// The value is the variable that the statement assigns to; null for an
+    /// expression, whose result is then shown. The function is the one whose
+    /// body this stands in; null outside of any.
+    BreakPointStm(int line, StatementPtr statement, Value* value, const UserFunc* function)
+        : WithStm(line, nullptr, std::move(statement)), value_(value), function_(function) {}
     void exe() override;
     [[nodiscard]] bool uses(const Value* v) const override { return v == value_ || WithStm::uses(v); }
     [[nodiscard]] const Value* assignedValue() const override { return value_; }
 
 private:
+    void stopAfterExpression();
+
     Value* value_;
-    std::string name_;
+    const UserFunc* function_;
 };
 
 }  // namespace vorpen

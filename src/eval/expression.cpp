@@ -378,17 +378,24 @@ GeneralExpression::GeneralExpression(ExpressionItems items, int type) : Expressi
 }
 
 GeneralIntegerExpression::GeneralIntegerExpression(ExpressionItems items)
-    : GeneralExpression(std::move(items), INTEGER_VAL) {}
+    : GeneralExpression(std::move(items), INTEGER_VAL), mask_(MaskProgram::compile(*this)) {}
 
 Value* GeneralIntegerExpression::pValue(Value* workspace) { return valueOf(evaluate(workspace), workspace); }
 
 Outcome GeneralIntegerExpression::evaluate(Value* workspace) {
+    if (mask_) {
+        MaskRun run(mask_->steps());
+        if (run.prepare()) return run.deliver(workspace);
+    }
     return evaluateIntegers(items_, minLevel_, maxLevel_, pure_, workspace);
 }
 
 GeneralMixedTypeExpression::GeneralMixedTypeExpression(ExpressionItems items)
     : GeneralExpression(std::move(items), DOUBLE_VAL) {
-    if (BlockProgram::applies(*this)) program_ = BlockProgram::compile(*this);
+    if (BlockProgram::applies(*this))
+        program_ = BlockProgram::compile(*this);
+    else
+        numbers_ = NumberArray::compile(items_);
 }
 
 Value* GeneralMixedTypeExpression::pValue(Value* workspace) {
@@ -398,6 +405,8 @@ Value* GeneralMixedTypeExpression::pValue(Value* workspace) {
 
 Outcome GeneralMixedTypeExpression::evaluate(Value* workspace) {
     if (program_) return program_->evaluate(workspace);
+    if (numbers_ && workspace->valueType() == DOUBLE_VAL && numbers_->store(asDouble(*workspace)))
+        return Outcome::of(workspace);
     Term<DoubleValue> term;
     evaluateInto(term, items_, minLevel_, maxLevel_, pure_);
     return finishTerm(term, workspace);

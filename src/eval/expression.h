@@ -12,18 +12,11 @@
 // one pass over memory (block_program.h).
 
 #include "eval/block_program.h"
-#include "eval/evaluatable.h"
+#include "eval/expression_items.h"
+#include "eval/mask_program.h"
+#include "eval/number_array.h"
 
 namespace vorpen {
-
-/// An operand and the operator behind it: the operator's code, OP_END for the
-/// last.
-struct ExpressionItem {
-    EvaluatablePtr operand;
-    int op;
-};
-
-using ExpressionItems = std::vector<ExpressionItem>;
 
 /// Base of the evaluators: the list and the static type of the result.
 class Expression : public Evaluatable {
@@ -78,6 +71,9 @@ public:
     explicit GeneralIntegerExpression(ExpressionItems items);
     Value* pValue(Value* workspace) override;
     Outcome evaluate(Value* workspace) override;
+
+private:
+    std::unique_ptr<MaskProgram> mask_;  ///< for comparisons joined element by element
 };
 
 class GeneralMixedTypeExpression final : public GeneralExpression {
@@ -88,6 +84,7 @@ public:
 
 private:
     std::unique_ptr<BlockProgram> program_;  ///< when all operators work element by element
+    std::unique_ptr<NumberArray> numbers_;   ///< when numbers are joined to an array
 };
 
 class GeneralComplexExpression final : public GeneralExpression {

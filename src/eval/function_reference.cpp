@@ -7,6 +7,8 @@
 #include "base/errors.h"
 #include "eval/elements.h"
 #include "eval/function_elements.h"
+#include "eval/number_lane.h"
+#include "eval/run_state.h"
 #include "eval/store.h"
 
 namespace vorpen {
@@ -27,6 +29,22 @@ RealBody bodyOfCall(const Evaluatable& expression, const Value* x) {
     if (!call) return nullptr;
     const auto* argument = dynamic_cast<const ValueElement*>(&call->inner());
     return argument && argument->variable() == x ? call->body() : nullptr;
+}
+
+/// A call by the form of the function for numbers (number_function.h), the
+/// shortest way for a method that calls it many times. False, with nothing
+/// done, where there is none, or the call asks for more.
+bool callOnFrame(UserFunc& function, std::span<const Outcome> inputs, double& result) {
+    const NumberFunction* onNumbers = function.numberFunction();
+    if (!onNumbers || runState().debugStepping) return false;
+    double frame[FrameSlots::maxSlots];
+    for (std::size_t i = 0; i < inputs.size(); ++i) {
+        if (inputs[i].mark() != FORM_NUMERIC) return false;
+        frame[i] = inputs[i].number;
+    }
+    const NumberNode::Answer answer = function.callNumberFunction(*onNumbers, frame);
+    result = answer.number;
+    return answer.known;
 }
 
 /// An empty value of a kind, read only and shared.
@@ -129,6 +147,8 @@ int FuncRefElement::inputCount() const {
 Outcome FuncRefElement::callUserFunction(std::span<const Outcome> inputs, Value* workspace) {
     const bool numbers = std::ranges::all_of(inputs, &Outcome::isScalar);
     const bool full = static_cast<int>(inputs.size()) == function_->parameterCount();
+    double result;
+    if (numbers && full && callOnFrame(*function_, inputs, result)) return Outcome::scalar(result);
     if (numbers && full && !inputs.empty() && function_->isQuick()) {
         DoubleValue room;
         return function_->callQuickOnNumbers(inputs.front(), inputs.back(), room, workspace);

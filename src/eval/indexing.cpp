@@ -145,7 +145,8 @@ IndexedElementSingle::IndexedElementSingle(EvaluatablePtr index, Value* target, 
       target_(target),
       doubles_(dynamic_cast<const DoubleValue*>(target)),
       irc_(irc),
-      index_(*child(0)) {}
+      index_(*child(0)),
+      mask_(doubles_ ? MaskProgram::compile(*child(0)) : nullptr) {}
 
 Outcome IndexedElementSingle::elementAt(double k, Value* workspace) {
     if (doubles_ && isIndexWithin(k, doubles_->size()) &&
@@ -156,7 +157,8 @@ Outcome IndexedElementSingle::elementAt(double k, Value* workspace) {
 
 Outcome IndexedElementSingle::evaluate(Value* workspace) {
     double k;
-    return index_.readNumber(k) ? elementAt(k, workspace) : evaluateIndex(workspace);
+    if (index_.readNumber(k)) return elementAt(k, workspace);
+    return mask_ ? evaluateMask(workspace) : evaluateIndex(workspace);
 }
 
 Outcome IndexedElementSingle::evaluateIndex(Value* workspace) {
@@ -164,6 +166,18 @@ Outcome IndexedElementSingle::evaluateIndex(Value* workspace) {
     const Outcome outcome = index.outcome();
     if (IndexReader::isPlainNumber(outcome)) return elementAt(outcome.number, workspace);
     return Outcome::of(select(outcome, workspace));
+}
+
+Outcome IndexedElementSingle::evaluateMask(Value* workspace) {
+    MaskRun run(mask_->steps());
+    if (!run.prepare()) return evaluateIndex(workspace);
+    if (run.size() == 1 || !selectsElements()) {
+        IntValue truths;
+        return Outcome::of(select(run.deliver(&truths), workspace));
+    }
+    Require(run.size() == target_->dimension(irc_), "boolean mask has wrong size");
+    run.select(*doubles_, asDouble(*workspace));
+    return Outcome::of(workspace);
 }
 
 Value* IndexedElementSingle::select(const Outcome& index, Value* workspace) {

@@ -10,6 +10,7 @@
 #include <memory>
 
 #include "eval/index_reader.h"
+#include "eval/mask_program.h"
 
 namespace vorpen {
 
@@ -117,12 +118,14 @@ private:
     Outcome elementAt(double k, Value* workspace);
     /// Apart, so that the way of a plain variable needs no room for it.
     [[gnu::noinline]] Outcome evaluateIndex(Value* workspace);
+    [[gnu::noinline]] Outcome evaluateMask(Value* workspace);
     Value* select(const Outcome& index, Value* workspace);
 
     Value* target_;
     const DoubleValue* doubles_;  ///< the target, or null for another kind
     int irc_;
     IndexReader index_;
+    std::unique_ptr<MaskProgram> mask_;  ///< an index that is a condition
 };
 
 /// Row and column index on a matrix, or a key and its labels.

@@ -91,6 +91,9 @@ public:
     /// numbers.
     [[nodiscard]] std::optional<LaneNumber> build(Evaluatable& element) const;
 
+    /// The operands from `next` on as far as the "," or ";" that joins them to others, or the end.
+    [[nodiscard]] std::optional<LaneNumber> buildPiece(const ExpressionItems& items, std::size_t& next) const;
+
 private:
     [[nodiscard]] std::optional<LaneNumber> buildVariable(const ValueElement& element) const;
     [[nodiscard]] std::optional<LaneNumber> buildFunction(const SimpleFuncElement& element) const;

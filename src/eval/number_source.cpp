@@ -293,6 +293,12 @@ std::optional<LaneNumber> LaneBuilder::build(Evaluatable& element) const {
     return std::nullopt;
 }
 
+std::optional<LaneNumber> LaneBuilder::buildPiece(const ExpressionItems& items, std::size_t& next) const {
+    for (std::size_t at = next; items[at].op < OP_COMMA; ++at)
+        if (!isElementwise(items[at].op) && !hasLogicalEntry(items[at].op)) return std::nullopt;
+    return buildLevel(items, next, OP_COMMA >> 3);
+}
+
 std::optional<LaneNumber> LaneBuilder::buildVariable(const ValueElement& element) const {
     const auto* variable = dynamic_cast<const DoubleValue*>(element.variable());
     if (!variable) return std::nullopt;
@@ -411,21 +417,21 @@ std::optional<LaneNumber> LaneBuilder::buildCall(UserCallElement& element) const
     return LaneNumber{NodeOperand{std::move(node)}, nullptr, FORM_NUMERIC};
 }
 
-NumberSource::NumberSource(Evaluatable& element) {
-    auto built = LaneBuilder().build(element);
-    if (!built) return;
-    marked_ = built->marked;
-    constantMark_ = built->constantMark;
-    if (auto* variable = std::get_if<VariableOperand>(&built->operand)) {
+NumberSource::NumberSource(LaneNumber number) : constantMark_(number.constantMark), marked_(number.marked) {
+    if (auto* variable = std::get_if<VariableOperand>(&number.operand)) {
         kind_ = Kind::variable;
         variable_ = variable->variable;
-    } else if (auto* constant = std::get_if<ConstantOperand>(&built->operand)) {
+    } else if (auto* constant = std::get_if<ConstantOperand>(&number.operand)) {
         kind_ = Kind::constant;
         constant_ = constant->constant;
     } else {
         kind_ = Kind::node;
-        node_ = std::move(std::get<NodeOperand>(built->operand).node);
+        node_ = std::move(std::get<NodeOperand>(number.operand).node);
     }
+}
+
+NumberSource::NumberSource(Evaluatable& element) {
+    if (auto built = LaneBuilder().build(element)) *this = NumberSource(std::move(*built));
 }
 
 }  // namespace vorpen

@@ -19,6 +19,8 @@
 
 namespace vorpen {
 
+struct LaneNumber;
+
 /// A node of the lane.
 class NumberNode {
 public:
@@ -46,6 +48,7 @@ public:
     NumberSource() = default;
     /// The source refers to what the element refers to, and lives no longer.
     explicit NumberSource(Evaluatable& element);
+    explicit NumberSource(LaneNumber number);
 
     /// The number, or false when the element must be evaluated.
     bool read(double& x) const {

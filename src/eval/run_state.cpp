@@ -9,10 +9,6 @@ namespace vorpen {
 
 RunState theRunState;
 
-RunState::RunState() {
-    for (int type = INTEGER_VAL; type <= LIST_VAL; ++type) answers_[type] = newValue(type);
-}
-
 bool RunState::goesOnAfterLook() {
     serveIfAsked();
     if (stopped_ || isInterrupted()) return false;
@@ -26,27 +22,6 @@ void RunState::noteLine(int line) {
     output().print("at line " + std::to_string(line), true, PrintMode::markup);
 }
 
-void RunState::selectAnswer(int type) {
-    if (type == answerType_) return;
-    answers_[answerType_]->clear();
-    answerType_ = type;
-}
-
-void RunState::setAns(const Value& v) {
-    Value& answer = *answers_[v.valueType()];
-    if (&answer != &v) answer.copyFrom(v);
-    selectAnswer(v.valueType());
-}
-
-void RunState::moveToAns(Value& v) {
-    Value& answer = *answers_[v.valueType()];
-    if (&answer != &v) {
-        SavedData contents = v.detachData();
-        answer.adoptData(contents);
-    }
-    selectAnswer(v.valueType());
-}
-
 double RunState::loopShare() const {
     const int rounds = loopRounds_.load(std::memory_order_relaxed);
     return rounds == 0 ? -1 : static_cast<double>(loopRoundsDone_.load(std::memory_order_relaxed)) / rounds;
@@ -55,10 +30,10 @@ double RunState::loopShare() const {
 void RunState::reset() {
     start();
     debugStepping = false;
-    debugPause = nullptr;
+    breakHandler = nullptr;
     notedLine_ = 0;
-    answerType_ = DOUBLE_VAL;
-    for (int type = INTEGER_VAL; type <= LIST_VAL; ++type) answers_[type] = newValue(type);
+    ownAnswer_.reset();
+    useAnswer(nullptr);
 }
 
 }  // namespace vorpen

@@ -2,18 +2,16 @@
 #pragma once
 
 // What a run of statements shares: whether it goes on, the line last named in
-// a message, the last answer, and the door to the debugger. The language knows
-// one run at a time, so there is one of these; everyone reaches it through
-// runState().
+// a message, and the doors to the last answer and the debugger of its engine.
+// One run goes on at a time, so there is one of these, at a fixed address that
+// loops read at no cost; everyone reaches it through runState(). A run that
+// begins while another one waits puts the state of that one aside.
 
 #include <atomic>
-#include <functional>
-#include <memory>
-#include <string_view>
 #include <utility>
 
 #include "base/interrupt.h"
-#include "values/value.h"
+#include "eval/last_answer.h"
 
 namespace vorpen {
 
@@ -34,9 +32,20 @@ private:
     std::atomic<bool> up_;
 };
 
+class UserFunc;
+
+/// The debugger, as statements need it.
+class BreakHandler {
+public:
+    virtual ~BreakHandler() = default;
+    /// Stops at a breakpoint or a step. There may be no value; the function is
+    /// the one whose body holds the breakpoint, null elsewhere and for a step.
+    virtual void debugPause(int line, const Value* value, const UserFunc* function) = 0;
+};
+
 class RunState {
 public:
-    RunState();
+    RunState() = default;
     RunState(const RunState&) = delete;
     RunState& operator=(const RunState&) = delete;
 
@@ -60,7 +69,7 @@ public:
 
     /// What stopped the statements, for the loop around them; forgotten by this.
     [[nodiscard]] LoopSignal takeSignal() { return std::exchange(loopSignal_, LoopSignal::none); }
-    [[nodiscard]] bool hasSignal() const { return loopSignal_ != LoopSignal::none; }
+    [[nodiscard]] LoopSignal signal() const { return loopSignal_; }
 
     /// Statements may go on, since what stopped them has had its effect.
     void resume() {
@@ -75,17 +84,6 @@ public:
     void start() {
         loopSignal_ = LoopSignal::none;
         resume();
-    }
-
-    /// How far the statements are stopped that wait while an event is served.
-    struct Stop {
-        bool stopped;
-        LoopSignal signal;
-    };
-    [[nodiscard]] Stop stopState() const { return {stopped_, loopSignal_}; }
-    void restoreStop(const Stop& stop) {
-        resume();
-        if (stop.stopped) this->stop(stop.signal);
     }
 
     /// Ends the run at the next place where it looks. For a signal handler.
@@ -103,24 +101,27 @@ public:
 
     /// While it is set a block stops at the debugger after each statement.
     bool debugStepping = false;
+    /// Where breakpoints and steps stop; null passes them by. Not owned.
+    BreakHandler* breakHandler = nullptr;
 
-    /// Stops at a breakpoint or a step: line, value (may be null) and name
-    /// (may be empty). Nothing happens while there is no debugger.
-    std::function<void(int line, const Value* value, std::string_view name)> debugPause;
+    void debugPause(int line, const Value* value, const UserFunc* function) const {
+        if (breakHandler) breakHandler->debugPause(line, value, function);
+    }
 
     /// Writes "at line N" unless N is 0 or was the last line so named.
     void noteLine(int line);
     /// Lets the next failure name its line again.
     void forgetNotedLine() { notedLine_ = 0; }
 
-    /// The last answer; an empty double before any.
-    [[nodiscard]] Value& ans() { return *answers_[answerType_]; }
-    /// Makes a copy of a value the last answer. A value of another kind frees
-    /// the former answer.
-    void setAns(const Value& v);
+    /// The last answer of the engine that is current.
+    [[nodiscard]] Value& ans() { return answer_->value(); }
+    void setAns(const Value& v) { answer_->set(v); }
     /// As setAns, but takes over the contents of a value that is no longer
     /// needed.
-    void moveToAns(Value& v);
+    void moveToAns(Value& v) { answer_->take(v); }
+    /// Whose last answer it is from now on; lent. Null goes back to one that
+    /// belongs to no engine.
+    void useAnswer(LastAnswer* answer) { answer_ = answer ? answer : &ownAnswer_; }
 
     /// How much of the outermost `for` loop is done, from 0 to 1, or -1 outside
     /// loops. May be asked by any thread.
@@ -131,22 +132,44 @@ public:
 
 private:
     friend class LoopProgress;
+    friend class RunPause;
 
     bool goesOnAfterLook();
-    void selectAnswer(int type);
 
     SharedFlag running_{true};
     bool stopped_ = false;
     LoopSignal loopSignal_ = LoopSignal::none;
     int notedLine_ = 0;
-    int answerType_ = DOUBLE_VAL;
-    std::unique_ptr<Value> answers_[4];  ///< one for each kind
+    LastAnswer ownAnswer_;
+    LastAnswer* answer_ = &ownAnswer_;
     std::atomic<int> loopRounds_{0};      ///< of the outermost loop, 0 outside loops
     std::atomic<int> loopRoundsDone_{0};
 };
 
 extern RunState theRunState;
 inline RunState& runState() { return theRunState; }
+
+/// A run that waits while another one goes on, as when an event calls a
+/// function of the user's: its state is put back when the other has ended. An
+/// interrupt that came meanwhile ends the one that waited, too.
+class RunPause {
+public:
+    RunPause() { runState().start(); }
+    RunPause(const RunPause&) = delete;
+    RunPause& operator=(const RunPause&) = delete;
+    ~RunPause() {
+        RunState& state = runState();
+        state.notedLine_ = notedLine_;
+        state.loopSignal_ = LoopSignal::none;
+        state.resume();
+        if (stopped_) state.stop(signal_);
+    }
+
+private:
+    const bool stopped_ = runState().stopped_;
+    const LoopSignal signal_ = runState().loopSignal_;
+    const int notedLine_ = runState().notedLine_;
+};
 
 /// The rounds of a `for` loop as they are counted for those who wait. Only the
 /// outermost loop is shown; any other counts for itself.

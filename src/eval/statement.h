@@ -76,13 +76,15 @@ public:
     [[nodiscard]] const Block& statements() const { return statements_; }
 
 private:
-    void exeStepping();
-
     Block statements_;
 };
 
-/// A body as it is run: a block of one statement is passed by, except for a
-/// debugger, which wants to stop in it. The statement is not owned.
+/// A step of the debugger: stops behind a statement of a block that has run,
+/// unless it left for the loop around it.
+void stopBehind(const Statement& statement);
+
+/// A body as it is run: a block of one statement is passed by. The statement
+/// is not owned.
 class RunnableBody {
 public:
     RunnableBody() = default;
@@ -90,7 +92,11 @@ public:
         auto* block = dynamic_cast<BlockStm*>(&body);
         if (block && block->statements().size() == 1) inner_ = block->statements().front().get();
     }
-    void exe() const { (runState().debugStepping ? body_ : inner_)->exe(); }
+    void exe() const {
+        inner_->exe();
+        if (runState().debugStepping) [[unlikely]]
+            if (inner_ != body_) stopBehind(*inner_);
+    }
 
 private:
     Statement* body_ = nullptr;

@@ -209,8 +209,7 @@ StatementPtr StatementCompiler::compileAssignment(bool indexed) {
     } else {
         statement = makeWhole(a.line, a.variable, a.op, std::move(a.rhs));
     }
-    if (a.display.code == '!')
-        return std::make_unique<BreakPointStm>(a.line, std::move(statement), a.variable, a.name);
+    if (a.display.code == '!') return withBreakPoint(std::move(statement), a.variable);
     if (!a.display.shows()) return statement;
     return std::make_unique<AssignAndDisplayStm>(a.line, std::move(statement), a.variable,
                                                  a.display.code == '?' ? a.name : std::string());

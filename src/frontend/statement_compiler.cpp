@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "base/errors.h"
+#include "builtins/engine_context.h"
 #include "builtins/keywords.h"
 #include "eval/evaluation_statements.h"
 #include "frontend/compiler_depth.h"
@@ -110,14 +111,19 @@ bool StatementCompiler::isReadHere(const Value* v) const {
 
 // ---- forms
 
+StatementPtr StatementCompiler::withBreakPoint(StatementPtr statement, Value* value) {
+    if (!engineContext().debugEnabled) return statement;
+    const int line = statement->line();
+    return std::make_unique<BreakPointStm>(line, std::move(statement), value, symbols_.currentFunction());
+}
+
 StatementPtr StatementCompiler::compileExpressionStatement() {
     TokenList tokens = takeTokens();
     const DisplayMark display = removeDisplay(tokens);
     EvaluatablePtr expression = Parser(symbols_).parseOperand(tokens);
     if (display.shows()) return std::make_unique<EvalAndDisplayStm>(line(), std::move(expression));
     auto statement = std::make_unique<EvalStm>(line(), std::move(expression));
-    if (display.code != '!') return statement;
-    return std::make_unique<BreakPointStm>(line(), std::move(statement), nullptr, std::string());
+    return display.code == '!' ? withBreakPoint(std::move(statement), nullptr) : std::move(statement);
 }
 
 void StatementCompiler::answerQuery() {

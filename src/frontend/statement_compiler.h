@@ -92,6 +92,9 @@ private:
     StatementPtr compileBracketed();
     StatementPtr compileBlock();
     StatementPtr compileExpressionStatement();
+    /// The statement with a stop behind it, unless breakpoints are switched
+    /// off. The value is what it assigns to, or null.
+    StatementPtr withBreakPoint(StatementPtr statement, Value* value);
     void answerQuery();
 
     // compile_assignment.cpp

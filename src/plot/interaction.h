@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "plot/figure.h"
+#include "values/mathmatrix.h"
 
 namespace vorpen {
 
@@ -68,6 +69,7 @@ struct MouseState {
     static constexpr int entryCount = 14;
     std::array<double, entryCount> entries{};
     Pixel pixel, pressPixel;
+    DoubleValue userValue{0.0};  ///< entry MOUSE_USER, what a script keeps by `setmouse`
     unsigned leftPresses = 0;  ///< so far, for who waits for one
 
     [[nodiscard]] double& operator[](int entry) { return entries[static_cast<std::size_t>(entry)]; }

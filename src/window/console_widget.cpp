@@ -268,9 +268,9 @@ void ConsoleWidget::scrollTo(std::int64_t position) {
     console_->onVScroll(ScrollAction::thumbPosition, std::clamp<std::int64_t>(position, 0, last));
 }
 
-bool ConsoleWidget::takeFocus() {
+bool ConsoleWidget::takeFocus(bool toTop) {
     setFocus(Qt::OtherFocusReason);
-    return actions_.takeFocus();
+    return actions_.takeFocus(toTop);
 }
 
 void ConsoleWidget::post(int command) {

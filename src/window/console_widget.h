@@ -23,7 +23,7 @@ namespace vorpen {
 /// What the client area leaves to its window.
 struct ConsoleActions {
     std::function<void()> close, about, launch, interrupt;
-    std::function<bool()> takeFocus;
+    std::function<bool(bool toTop)> takeFocus;
 };
 
 /// The box of directories: when its list closes, the keyboard goes back to the
@@ -64,7 +64,7 @@ public:
     void invalidate() override;
     void showCaret(const Rectangle& place) override;
     void hideCaret() override;
-    bool takeFocus() override;
+    bool takeFocus(bool toTop) override;
     void post(int command) override;
     void clearClipboard() override;
     void closeWindow() override { actions_.close(); }

@@ -28,22 +28,17 @@ QString menuText(std::string_view item) {
 ConsoleWindow::ConsoleWindow(Desktop& desktop, bool isSecondary)
     : desktop_(desktop), isSecondary_(isSecondary), host_(*this) {
     setWindowTitle(plainTitle());
-    client_ = new ConsoleWidget(this, {.close = [this] { QMetaObject::invokeMethod(this, [this] { close(); }, Qt::QueuedConnection); },
-                                       .about = [this] { showAbout(); },
-                                       .launch = [this] { desktop_.openConsole(); },
-                                       .interrupt = [] { runState().interrupt(); },
-                                       .takeFocus =
-                                           [this] {
-                                               // Else it would cover what was opened over it.
-                                               if (isActiveWindow()) return true;
-                                               raise();
-                                               activateWindow();
-                                               return true;
-                                           }});
+    // The window closes when the menu that said so has done its work.
+    client_ = new ConsoleWidget(
+        this, {.close = [this] { QMetaObject::invokeMethod(this, [this] { close(); }, Qt::QueuedConnection); },
+               .about = [this] { showAbout(); },
+               .launch = [this] { desktop_.openConsole(); },
+               .interrupt = [this] { interrupt(); },
+               .takeFocus = [this](bool toTop) { return takeFocus(toTop); }});
     setCentralWidget(client_);
     makeMenus();
     calc_ = std::make_unique<Calc>(host_, isSecondary_);
-    console_ = std::make_unique<GuiClass>(calc_->console(), calc_->history(), *client_, host_, desktop_.run(),
+    console_ = std::make_unique<GuiClass>(calc_->console(), calc_->history(), *client_, host_, desktop_.turns(),
                                           [this](const std::string& line, char mode) { runInput(line, mode); });
     client_->setConsole(console_.get());
     calc_->events().setTypist([this](std::string_view text) { console_->typeText(text); });
@@ -86,35 +81,40 @@ void ConsoleWindow::showDirectories() {
 
 void ConsoleWindow::runInput(const std::string& line, char mode) {
     if (mustClose_ || desktop_.isLeaving()) return;
+    mustEndRun_ = false;
     desktop_.beginRun(*this);
     forgetInterrupt();
     calc_->beginInput(line, mode);
     calc_->run();
-    forgetInterrupt();
     desktop_.endRun();
 }
 
 void ConsoleWindow::runForEvent(const std::function<void()>& call) {
     // While a script waits, its events are a part of its run.
-    if (desktop_.run().isRunning) return call();
+    if (console_->isRunning()) return call();
     struct Run {
-        explicit Run(ConsoleWindow& window) : window(window) {
-            window.desktop_.run().isRunning = true;
-            window.desktop_.beginRun(window);
-            forgetInterrupt();
-        }
-        ~Run() {
-            forgetInterrupt();
-            window.desktop_.run().isRunning = false;
-            window.desktop_.endRun();
-            window.console_->showOutput();
-        }
+        explicit Run(ConsoleWindow& window) : desktop(window.desktop_) { desktop.beginRun(window); }
+        ~Run() { desktop.endRun(); }
         Run(const Run&) = delete;
         Run& operator=(const Run&) = delete;
-        ConsoleWindow& window;
+        Desktop& desktop;
     };
+    mustEndRun_ = false;
     const Run run(*this);
-    call();
+    forgetInterrupt();
+    console_->runAside(call);
+}
+
+void ConsoleWindow::interrupt() {
+    mustEndRun_ = true;
+    runState().interrupt();
+}
+
+/// Other programs keep the keyboard when they have it.
+bool ConsoleWindow::takeFocus(bool toTop) {
+    if (toTop) raise();
+    if (!isActiveWindow() && (toTop || QApplication::activeWindow())) activateWindow();
+    return true;
 }
 
 void ConsoleWindow::runScript(const std::string& path) {
@@ -149,23 +149,24 @@ void ConsoleWindow::showAbout() {
 // ---- events
 
 void ConsoleWindow::closeEvent(QCloseEvent* event) {
-    if (desktop_.run().isRunning) {
-        // The run has to unwind first.
-        event->ignore();
-        mustClose_ = true;
-        runState().interrupt();
+    // With the primary one the program ends, whatever runs elsewhere.
+    const bool mustWait = isSecondary_ ? console_->isRunning() : desktop_.runningConsole() != nullptr;
+    if (!mustWait) {
+        event->accept();
+        desktop_.closed(*this);
         return;
     }
-    event->accept();
-    desktop_.closed(*this);
+    event->ignore();
+    mustClose_ = true;
+    if (isSecondary_)
+        interrupt();
+    else
+        desktop_.interruptAll();
 }
 
 void ConsoleWindow::changeEvent(QEvent* event) {
     QMainWindow::changeEvent(event);
     if (event->type() == QEvent::ActivationChange && isActiveWindow() && console_) client_->setFocus();
 }
-
-/// Keys that come while the keyboard is elsewhere in the window are typed too.
-void ConsoleWindow::keyPressEvent(QKeyEvent* event) { QMainWindow::keyPressEvent(event); }
 
 }  // namespace vorpen

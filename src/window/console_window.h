@@ -32,8 +32,10 @@ public:
     /// typed.
     void runScript(const std::string& path);
 
-    /// The user asked for the end of this window while something runs in it.
+    /// The window is to close when what runs in it has ended.
     [[nodiscard]] bool mustClose() const { return mustClose_; }
+    /// What runs in it is to end.
+    [[nodiscard]] bool mustEndRun() const { return mustEndRun_; }
 
     /// Shows that something computes, until the run ends.
     void showBusy();
@@ -44,13 +46,14 @@ public:
 protected:
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void makeMenus();
     void runInput(const std::string& line, char mode);
     /// Runs a function that answers an event of a figure.
     void runForEvent(const std::function<void()>& call);
+    void interrupt();
+    bool takeFocus(bool toTop);
     void showDirectories();
     [[nodiscard]] QString plainTitle() const;
 
@@ -61,6 +64,7 @@ private:
     std::unique_ptr<Calc> calc_;
     std::unique_ptr<GuiClass> console_;
     bool mustClose_ = false;
+    bool mustEndRun_ = false;
     bool isShownBusy_ = false;
 };
 

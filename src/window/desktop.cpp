@@ -5,14 +5,15 @@
 #include <unistd.h>
 
 #include <QtCore/QSocketNotifier>
-#include <QtCore/QTimer>
-#include <QtGui/QKeyEvent>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMenu>
 #include <QtWidgets/QMenuBar>
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
+#include <utility>
 
+#include "base/interrupt.h"
 #include "eval/run_state.h"
 #include "window/console_window.h"
 
@@ -21,9 +22,10 @@ namespace {
 
 constexpr int endingSignals[] = {SIGTERM, SIGHUP, SIGINT};
 
+Desktop* theDesktop = nullptr;
 /// The engine that is saved when the program is ended from outside.
 Calc* engineToSave = nullptr;
-int signalPipe = -1;
+int signalSocket = -1;
 
 /// A program that does not answer in this time is left.
 constexpr unsigned patienceSeconds = 5;
@@ -35,7 +37,7 @@ constexpr unsigned patienceSeconds = 5;
 void leaveAndSave(int) {
     signal(SIGALRM, SIG_DFL);
     alarm(patienceSeconds);
-    if (engineToSave) engineToSave->saveForNextRun();
+    Desktop::saveNow();
     _exit(128 + SIGTERM);
 }
 
@@ -44,28 +46,41 @@ void onEndingSignal(int) {
     signal(SIGALRM, leaveAndSave);
     alarm(patienceSeconds);
     const char note = 1;
-    [[maybe_unused]] const ssize_t written = write(signalPipe, &note, 1);
+    [[maybe_unused]] const ssize_t written = write(signalSocket, &note, 1);
 }
 
 }  // namespace
 
-Desktop::Desktop() { listenToSignals(); }
+Desktop::Desktop() {
+    theDesktop = this;
+    sinceServed_.start();
+    listenToSignals();
+    setService([] { theDesktop->serveWhileBusy(); });
+    // The window library leaves the program at once when its display is lost.
+    [[maybe_unused]] static const bool registered = std::atexit([] { saveNow(); }) == 0;
+}
 
 Desktop::~Desktop() {
     alarm(0);
     for (const int signal : endingSignals) std::signal(signal, SIG_DFL);
     signals_.reset();
-    // The primary engine goes last, as it came first.
-    while (!consoles_.empty()) {
-        if (consoles_.size() == 1) engineToSave = nullptr;
-        consoles_.pop_back();
-    }
+    setService(nullptr);
+    // The primary engine goes last, as it came first, and saves by itself.
+    while (consoles_.size() > 1) consoles_.pop_back();
+    engineToSave = nullptr;
+    consoles_.clear();
+    theDesktop = nullptr;
+}
+
+void Desktop::saveNow() {
+    if (theDesktop) theDesktop->isLeaving_ = true;
+    if (Calc* calc = std::exchange(engineToSave, nullptr)) calc->saveForNextRun();
 }
 
 void Desktop::listenToSignals() {
     int ends[2];
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends) != 0) return;
-    signalPipe = ends[1];
+    signalSocket = ends[1];
     signals_ = std::make_unique<QSocketNotifier>(ends[0], QSocketNotifier::Read);
     QObject::connect(signals_.get(), &QSocketNotifier::activated, this, [this, from = ends[0]] {
         char note;
@@ -85,72 +100,78 @@ ConsoleWindow& Desktop::openConsole() {
     ConsoleWindow& window = *consoles_.back();
     if (!isSecondary) engineToSave = &window.calc();
     window.show();
-    window.console().setFocus();
+    window.client().setFocus();
     return window;
 }
 
 // ---- running
 
-void Desktop::beginRun(ConsoleWindow& console) { running_ = &console; }
+void Desktop::beginRun(ConsoleWindow& console) {
+    running_.push_back(&console);
+    sinceServed_.start();
+    clock_.beginRun();
+}
 
 void Desktop::endRun() {
-    if (running_) running_->endBusy();
-    running_ = nullptr;
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            if (run_.isRunning) return;
-            if (isLeaving_) return leave();
-            for (const auto& console : consoles_)
-                if (console->mustClose()) {
-                    console->close();
-                    return;
-                }
-            for (const auto& console : consoles_) console->console().giveKeptKeys();
-        },
-        Qt::QueuedConnection);
+    clock_.endRun();
+    running_.back()->endBusy();
+    running_.pop_back();
+    forgetInterrupt();
+    // The wish to end the run around this one has ended this one first.
+    if (running_.empty())
+        mustEndAll_ = false;
+    else if (mustEndAll_ || running_.back()->mustEndRun())
+        runState().interrupt();
+    QMetaObject::invokeMethod(this, [this] { afterRun(); }, Qt::QueuedConnection);
+}
+
+void Desktop::afterRun() {
+    if (turns_.isComputing) return;
+    if (isLeaving_) {
+        if (running_.empty()) QCoreApplication::quit();
+        return;
+    }
+    for (const auto& console : consoles_)
+        if (console->mustClose() && !console->console().isRunning()) {
+            console->close();
+            return;
+        }
+    for (const auto& console : consoles_) console->console().giveKeptKeys();
 }
 
 void Desktop::serveWhileBusy() {
-    if (isServing_ || !running_) return;
-    isServing_ = true;
-    running_->showBusy();
-    running_->console().showOutput();
+    // A run that waits serves all events by itself; then none may be dropped.
+    constexpr int recentlyMilliseconds = 200;
+    if (turns_.isComputing || running_.empty() || sinceServed_.elapsed() < recentlyMilliseconds) return;
+    turns_.isComputing = true;
+    running_.back()->showBusy();
+    running_.back()->console().showOutput();
     QCoreApplication::instance()->installEventFilter(this);
     constexpr int longestMilliseconds = 20;
     QCoreApplication::processEvents(QEventLoop::AllEvents, longestMilliseconds);
     QCoreApplication::instance()->removeEventFilter(this);
-    isServing_ = false;
+    turns_.isComputing = false;
 }
 
-/// What is let through while something computes; true for what is dropped.
+/// True for an event that is dropped while something computes.
 bool Desktop::eventFilter(QObject* target, QEvent* event) {
     if (!target->isWidgetType()) return false;
-    auto* const widget = static_cast<QWidget*>(target);
+    const bool isMenu = qobject_cast<QMenu*>(target) || qobject_cast<QMenuBar*>(target);
     switch (event->type()) {
-        case QEvent::Close: {
-            const bool isConsole = std::ranges::any_of(consoles_, [&](const auto& c) { return c.get() == target; });
-            if (!isConsole && !qobject_cast<QMenu*>(widget)) {
-                event->ignore();
-                return true;
-            }
-            return false;
-        }
+        case QEvent::Close:
+            if (isMenu || dynamic_cast<ConsoleWindow*>(target)) return false;
+            event->ignore();
+            return true;
         case QEvent::KeyPress:
         case QEvent::KeyRelease:
         case QEvent::ShortcutOverride:
-        case QEvent::InputMethod: {
-            // Keys of the console go to it, which keeps them.
-            const bool isMenu = qobject_cast<QMenu*>(widget) || qobject_cast<QMenuBar*>(widget);
-            const bool isConsole = dynamic_cast<ConsoleWidget*>(widget) || dynamic_cast<ConsoleWindow*>(widget);
-            return !isMenu && !isConsole;
-        }
+        case QEvent::InputMethod:
+            // The console keeps the keys.
+            return !isMenu && !dynamic_cast<ConsoleWidget*>(target) && !dynamic_cast<ConsoleWindow*>(target);
         case QEvent::MouseButtonPress:
         case QEvent::MouseButtonRelease:
         case QEvent::MouseButtonDblClick:
-        case QEvent::MouseMove:
-            return !qobject_cast<QMenu*>(widget) && !qobject_cast<QMenuBar*>(widget) &&
-                   !qobject_cast<QScrollBar*>(widget);
+        case QEvent::MouseMove: return !isMenu && !qobject_cast<QScrollBar*>(target);
         case QEvent::ContextMenu:
         case QEvent::Drop: return true;
         default: return false;
@@ -172,6 +193,11 @@ void Desktop::closed(ConsoleWindow& console) {
         Qt::QueuedConnection);
 }
 
+void Desktop::interruptAll() {
+    mustEndAll_ = true;
+    runState().interrupt();
+}
+
 void Desktop::leave() {
     isLeaving_ = true;
     // What waits for an answer gets none.
@@ -179,10 +205,10 @@ void Desktop::leave() {
         box->close();
         if (QApplication::activeModalWidget() == box) break;
     }
-    if (run_.isRunning)
-        runState().interrupt();
-    else
+    if (running_.empty())
         QCoreApplication::quit();
+    else
+        interruptAll();
 }
 
 }  // namespace vorpen

@@ -2,19 +2,24 @@
 #pragma once
 
 // The program with windows: its consoles, of which the first is the primary
-// one, and what they share. There is one run at a time, in whatever console.
-// While it computes, the window system is served now and then, so that windows
-// are painted and Escape is heard; what would start something else waits.
+// one, and what they share. What runs in a console computes, or waits for the
+// user. While it waits, all windows are as they always are, and another console
+// may run something of its own; the first goes on when that has ended. While
+// it computes, the window system gets a moment now and then, in which windows
+// are painted and Escape is heard, and whatever would start something waits or
+// is dropped.
 //
-// Whoever wants the program to end while something runs raises the interrupt.
-// The run unwinds, with all that waits inside it, and then windows close.
+// Whoever wants the program or a window to end while something runs raises the
+// interrupt. The run unwinds, with all that waits inside it, and then windows
+// close.
 
+#include <QtCore/QElapsedTimer>
 #include <QtCore/QObject>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "console/gui_class.h"
+#include "window/service_clock.h"
 
 class QSocketNotifier;
 
@@ -30,37 +35,45 @@ public:
     /// Opens a console with an engine of its own; the first one is the
     /// primary.
     ConsoleWindow& openConsole();
-    [[nodiscard]] ConsoleWindow* primary() const { return consoles_.empty() ? nullptr : consoles_.front().get(); }
     [[nodiscard]] const std::vector<std::unique_ptr<ConsoleWindow>>& consoles() const { return consoles_; }
 
-    [[nodiscard]] ConsoleRun& run() { return run_; }
-    /// Called by a console around each run.
+    [[nodiscard]] const ConsoleTurns& turns() const { return turns_; }
+    /// Called by a console around each run. Runs may be inside each other.
     void beginRun(ConsoleWindow& console);
     void endRun();
-    [[nodiscard]] ConsoleWindow* runningConsole() const { return running_; }
+    /// The console whose run computes or waits now, null when nothing runs.
+    [[nodiscard]] ConsoleWindow* runningConsole() const { return running_.empty() ? nullptr : running_.back(); }
 
-    /// Lets waiting events of the window system through while something
-    /// computes: painting, and what asks for an end.
+    /// Called when a run that waits has let all events through.
+    void noteEventsServed() { sinceServed_.start(); }
+    /// Gives the window system its moment while something computes.
     void serveWhileBusy();
 
     /// A console was closed. The end of the primary one is that of the program.
     void closed(ConsoleWindow& console);
+    /// Ends all that runs.
+    void interruptAll();
     /// Ends the program without asking anyone, the session saved.
     void leave();
     [[nodiscard]] bool isLeaving() const { return isLeaving_; }
+    /// Saves the session where the program cannot come to its end.
+    static void saveNow();
 
 protected:
     bool eventFilter(QObject* target, QEvent* event) override;
 
 private:
     void listenToSignals();
+    void afterRun();
 
     std::vector<std::unique_ptr<ConsoleWindow>> consoles_;
-    ConsoleRun run_;
-    ConsoleWindow* running_ = nullptr;
-    bool isServing_ = false;
+    ConsoleTurns turns_;
+    std::vector<ConsoleWindow*> running_;  ///< the innermost last
+    QElapsedTimer sinceServed_;
     bool isLeaving_ = false;
+    bool mustEndAll_ = false;
     std::unique_ptr<QSocketNotifier> signals_;
+    ServiceClock clock_;
 };
 
 }  // namespace vorpen

@@ -64,14 +64,15 @@ std::optional<std::string> WindowHost::chooseFolder(std::string_view title, std:
 void WindowHost::pumpEvents() {
     window_.console().showOutput();
     QCoreApplication::processEvents();
+    window_.desktop().noteEventsServed();
 }
 
 bool WindowHost::waitForEvent() {
-    const auto mustEnd = [this] { return window_.desktop().isLeaving() || window_.mustClose() || isInterrupted(); };
-    if (mustEnd()) return false;
+    if (isInterrupted()) return false;
     window_.console().showOutput();
     QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    return !mustEnd();
+    window_.desktop().noteEventsServed();
+    return !isInterrupted();
 }
 
 std::optional<int> WindowHost::readCharacter() {

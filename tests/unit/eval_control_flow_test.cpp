@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <functional>
+#include <map>
 
 #include "base/errors.h"
 #include "eval/assignment.h"
@@ -79,7 +80,7 @@ TEST_F(ControlFlow, ABreakInsideTheLoopThrowsNothing) {
     const auto insideLoop = std::make_unique<BreakStm>(0, true);
     EXPECT_NO_THROW(insideLoop->exe());
     EXPECT_FALSE(runState().goesOn());
-    EXPECT_EQ(runState().stopState().signal, LoopSignal::leave);
+    EXPECT_EQ(runState().signal(), LoopSignal::leave);
 }
 
 TEST_F(ControlFlow, TheNearestLoopTakesTheSignal) {
@@ -89,7 +90,7 @@ TEST_F(ControlFlow, TheNearestLoopTakesTheSignal) {
     ForStm(0, range(1, 3), block(std::move(inner), counts()), &j).exe();
     EXPECT_EQ(count, 6);
     EXPECT_TRUE(runState().goesOn());
-    EXPECT_EQ(runState().stopState().signal, LoopSignal::none);
+    EXPECT_EQ(runState().signal(), LoopSignal::none);
 }
 
 TEST_F(ControlFlow, AContinueGoesOnWithTheNextRound) {
@@ -212,36 +213,98 @@ TEST(NotedLine, AConditionThatIsNoNumberNamesItsLine) {
     EXPECT_EQ(session.lines, (std::vector<std::string>{"at line 2"}));
 }
 
+/// Notes where it was called, and switches stepping on and off when told.
+class Stops final : public BreakHandler {
+public:
+    struct Stop {
+        int line;
+        const Value* value;
+        const UserFunc* function;
+    };
+    std::vector<Stop> all;
+    std::map<std::size_t, bool> stepping;  ///< from the number of a stop to what is pressed there
+
+    Stops() { runState().breakHandler = this; }
+    ~Stops() override { runState().breakHandler = nullptr; }
+
+    void debugPause(int line, const Value* value, const UserFunc* function) override {
+        if (const auto wish = stepping.find(all.size()); wish != stepping.end())
+            runState().debugStepping = wish->second;
+        all.push_back({line, value, function});
+    }
+    [[nodiscard]] std::vector<int> lines() const {
+        std::vector<int> result;
+        for (const Stop& stop : all) result.push_back(stop.line);
+        return result;
+    }
+};
+
 TEST(Stepping, StopsAfterEachStatementOfABlock) {
     StatementSession session;
-    std::vector<int> stops;
-    std::vector<const Value*> values;
+    Stops stops;
     runState().debugStepping = true;
-    runState().debugPause = [&](int line, const Value* value, std::string_view) {
-        stops.push_back(line);
-        values.push_back(value);
-    };
     session.run("x=1;\r\nif x: 5;\r\n");
-    EXPECT_EQ(stops, (std::vector<int>{1, 2}));
-    EXPECT_EQ(values[0], &session.variable("x"));
-    EXPECT_EQ(values[1], nullptr);
+    EXPECT_EQ(stops.lines(), (std::vector<int>{1, 2}));
+    EXPECT_EQ(stops.all[0].value, &session.variable("x"));
+    EXPECT_EQ(stops.all[1].value, nullptr);
 }
 
-TEST(Stepping, ABreakpointHandsOverValueAndName) {
+TEST(Stepping, StopsInBlocksOfLoopsAndOfCalledFunctions) {
     StatementSession session;
-    const Value* seen = nullptr;
-    std::string named;
-    runState().debugPause = [&](int, const Value* value, std::string_view name) {
-        seen = value;
-        named = name;
-    };
+    Stops stops;
+    session.run("function y=f(x)\r\n    y=x+1;\r\n    y=2*y;\r\nend\r\n");
+    runState().debugStepping = true;
+    session.run("for i=1:2 {\r\n    x=f(i);\r\n    z=x;\r\n}\r\nx=0;\r\n");
+    // Twice in the function, behind the call and the copy; and that twice.
+    EXPECT_EQ(stops.lines(), (std::vector<int>{2, 3, 2, 3, 2, 3, 2, 3, 1, 5}));
+}
+
+TEST(Stepping, BeginsBehindTheStatementThatSwitchedItOn) {
+    StatementSession session;
+    Stops stops;
+    stops.stepping = {{0, true}, {3, false}};
+    session.run("p=1;\r\nq=2;!\r\nr=3;\r\ns=4;\r\nt=5;\r\n");
+    EXPECT_EQ(stops.lines(), (std::vector<int>{2, 2, 3, 4}));
+}
+
+TEST(Stepping, ABodyThatIsNoBlockDoesNotStop) {
+    StatementSession session;
+    Stops stops;
+    stops.stepping = {{0, true}};
+    session.run("for i=1:3 { x=i;! }\r\n");
+    EXPECT_EQ(stops.lines(), (std::vector<int>{1, 1, 1}));
+}
+
+TEST(Stepping, LoopsThatAreLeftDoNotStopAtTheWayOut) {
+    StatementSession session;
+    Stops stops;
+    runState().debugStepping = true;
+    session.run("for i=1:3 {\r\n    if i==2: break;\r\n    x=i;\r\n}\r\n");
+    EXPECT_EQ(stops.lines(), (std::vector<int>{2, 3}));
+}
+
+TEST(Stepping, ABreakpointHandsOverItsValue) {
+    StatementSession session;
+    Stops stops;
     session.run("x=4;!");
-    EXPECT_EQ(seen, &session.variable("x"));
-    EXPECT_EQ(named, "x");
+    EXPECT_EQ(stops.all[0].value, &session.variable("x"));
+    EXPECT_EQ(stops.all[0].function, nullptr);
     EXPECT_EQ(runState().ans().doubleValue(), 4);
+}
+
+TEST(Stepping, ABreakpointBehindAnExpressionShowsItsResultAndLeavesTheAnswer) {
+    StatementSession session;
+    class Reader final : public BreakHandler {
+    public:
+        void debugPause(int, const Value* value, const UserFunc*) override { number = value->doubleValue(); }
+        double number = 0;
+    } reader;
+    session.run("4;;");
+    runState().breakHandler = &reader;
     session.run("3;!");
-    EXPECT_EQ(seen, nullptr);
-    EXPECT_EQ(named, "");
+    runState().breakHandler = nullptr;
+    EXPECT_EQ(reader.number, 3);
+    EXPECT_EQ(runState().ans().doubleValue(), 4);
 }
 
 }  // namespace
