@@ -70,7 +70,7 @@ void GuiClass::setFontSize(double size) {
 }
 
 void GuiClass::resize(int width, int height) {
-    const bool showedEnd = scroll_.position >= scroll_.endPosition(totalLines());
+    const bool showedEnd = scroll_.position >= scroll_.endPosition(scroll_.lineCount);
     clientWidth_ = width;
     fullHeight_ = height;
     clientHeight_ = usableHeight(height, scroll_.lineHeight);
