@@ -70,7 +70,7 @@ void GuiClass::setFontSize(double size) {
 }
 
 void GuiClass::resize(int width, int height) {
-    const bool showedEnd = scroll_.position >= scroll_.endPosition(totalLines());
+    const bool showedEnd = scroll_.position >= scroll_.endPosition(scroll_.lineCount);
     clientWidth_ = width;
     fullHeight_ = height;
     clientHeight_ = usableHeight(height, scroll_.lineHeight);
@@ -420,6 +420,22 @@ void GuiClass::runLine(char mode) {
     redrawLine();
     setFocus();
     giveKeptKeys();
+}
+
+void GuiClass::runAside(const std::function<void()>& call) {
+    if (isRunning_) return call();
+    struct Aside {
+        explicit Aside(GuiClass& console) : console(console) { console.isRunning_ = true; }
+        ~Aside() {
+            console.isRunning_ = false;
+            console.showOutput();
+        }
+        Aside(const Aside&) = delete;
+        Aside& operator=(const Aside&) = delete;
+        GuiClass& console;
+    };
+    const Aside aside(*this);
+    call();
 }
 
 std::optional<std::string> GuiClass::readLine(const std::function<bool()>& serveEvent) {

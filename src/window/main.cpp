@@ -20,6 +20,7 @@
 #include "window/console_window.h"
 #include "window/desktop.h"
 #include "window/figure_desktop.h"
+#include "window/icon.h"
 
 namespace vorpen {
 namespace {
@@ -69,15 +70,16 @@ int run(int count, char** words) {
     QApplication::setApplicationName("vorpen");
     QApplication::setApplicationVersion(VORPEN_VERSION);
     QApplication::setDesktopFileName("vorpen");
+    QApplication::setWindowIcon(programIcon());
     QApplication::setQuitOnLastWindowClosed(false);
     Desktop desktop;
     QtFigureDesktop figures;
-    ConsoleWindow& window = desktop.openConsole();
-    figures.setConsole(&window);
+    ConsoleWindow* const window = desktop.openConsole();
+    if (!window) return EXIT_FAILURE;
+    figures.setConsole(window);
     if (count == 2) {
         std::error_code fault;
-        const std::string path = std::filesystem::absolute(words[1], fault).string();
-        window.runScript(fromUtf8(path));
+        window->runScript(fromUtf8(std::filesystem::absolute(words[1], fault).string()));
     }
     return QApplication::exec();
 }
