@@ -224,7 +224,8 @@ private:
 
 // ---- the view
 
-DebuggerWindow::DebuggerWindow(QWidget* console) : console_(console) {}
+DebuggerWindow::DebuggerWindow(QWidget* console, std::function<void()> showOutput)
+    : console_(console), showOutput_(std::move(showOutput)) {}
 
 DebuggerWindow::~DebuggerWindow() = default;
 
@@ -255,7 +256,10 @@ bool DebuggerWindow::open() {
     return true;
 }
 
-void DebuggerWindow::show(const DebuggerPage& page) { pane_->showPage(page); }
+void DebuggerWindow::show(const DebuggerPage& page) {
+    if (showOutput_) showOutput_();
+    pane_->showPage(page);
+}
 
 void DebuggerWindow::command(DebuggerCommand command) {
     if (!wait_) return reportIdleCommand(command);

@@ -11,6 +11,7 @@
 
 #include <QtCore/QRect>
 #include <QtWidgets/QWidget>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -23,8 +24,8 @@ namespace vorpen {
 class DebuggerWindow final : public DebuggerView {
 public:
     /// The window of the console that it stands beside; may be null. It must
-    /// live longer.
-    explicit DebuggerWindow(QWidget* console);
+    /// live longer. `showOutput` brings what has been printed so far on view.
+    explicit DebuggerWindow(QWidget* console, std::function<void()> showOutput = {});
     ~DebuggerWindow() override;
     DebuggerWindow(const DebuggerWindow&) = delete;
     DebuggerWindow& operator=(const DebuggerWindow&) = delete;
@@ -45,6 +46,7 @@ private:
     [[nodiscard]] QRect firstPlace() const;
 
     QWidget* console_;
+    std::function<void()> showOutput_;
     std::unique_ptr<Pane> pane_;
     QRect lastPlace_;  ///< of a window that was closed
     QEventLoop* wait_ = nullptr;

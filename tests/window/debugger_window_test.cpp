@@ -79,7 +79,8 @@ protected:
     }
 
     TypedEngine engine;
-    DebuggerWindow window{nullptr};
+    int shows = 0;  ///< of what has been printed
+    DebuggerWindow window{nullptr, [this] { ++shows; }};
 
     QTimer clock;
 
@@ -114,11 +115,16 @@ TEST_F(DebuggerWindowTest, ShowsValuesLocalsAndTheSource) {
             pressing("Cont")};
     EXPECT_EQ(run(), "end");
     EXPECT_EQ(titles, (Titles{"Breakpoint at line 3 in area", "Breakpoint at line 3 in area"}));
+    EXPECT_EQ(shows, 2);
     EXPECT_FALSE(window.widget()->isVisible());
 }
 
 TEST_F(DebuggerWindowTest, StepsByButtonAndByEnter) {
-    acts = {pressing("Step"), pressing("Step"), [&] { key(Qt::Key_Return); },
+    acts = {pressing("Step"), pressing("Step"),
+            [&] {
+                source().setFocus();
+                key(Qt::Key_Return);
+            },
             [&] {
                 EXPECT_EQ(label(0), "expr value");
                 EXPECT_EQ(label(1), "6.2832");
@@ -188,7 +194,6 @@ protected:
 TEST_F(DebuggerWindowTest, OtherWindowsAreOnlyPainted) {
     OtherWindow other;
     other.show();
-    QCoreApplication::processEvents();
     acts = {[&] {
         QKeyEvent press(QEvent::KeyPress, Qt::Key_A, Qt::NoModifier, "a");
         QCoreApplication::sendEvent(&other, &press);
@@ -197,7 +202,8 @@ TEST_F(DebuggerWindowTest, OtherWindowsAreOnlyPainted) {
         QCoreApplication::sendEvent(&other, &button);
         EXPECT_EQ(other.keys + other.presses, 0);
         other.paints = 0;
-        other.repaint();
+        QPaintEvent paint(QRect(0, 0, 5, 5));
+        QCoreApplication::sendEvent(&other, &paint);
         EXPECT_EQ(other.paints, 1);
         window.widget()->close();
     }};
