@@ -37,6 +37,38 @@ void join(DoubleValue& target, const DoubleValue& value, char side) {
     dropBrokenPlanes(target);
 }
 
+/// The most frequent join: one number behind a row or below a column, which
+/// needs no array of its own: two thirds of the time of a loop that grows an
+/// array went into that. False, with nothing done, for any other join.
+bool joinNumber(DoubleValue& target, double x, char side) {
+    const int size = target.size();
+    const bool isLine = side == 'C' ? target.nrow() == 1 : target.nrow() == size;
+    if (size == 0 || !isLine || target.form() == FORM_3D) return false;
+    target.resize(std::int64_t{size} + 1);
+    target[size] = x;
+    target.setNrow(side == 'C' ? 1 : size + 1);
+    return true;
+}
+
+/// Joins a right side of any shape.
+[[gnu::noinline]] void joinAny(DoubleValue& target, Evaluatable& rhs, int rhsType, char side) {
+    if (rhsType == INTEGER_VAL) {
+        IntValue integers;
+        const Outcome outcome = rhs.evaluate(&integers);
+        if (outcome.isScalar()) {
+            DoubleValue value;
+            storeNumber(value, outcome.number, outcome.mark());
+            join(target, value, side);
+        } else {
+            join(target, DoubleValue(asInt(*outcome.value())), side);
+        }
+        return;
+    }
+    DoubleValue workspace;
+    const Outcome outcome = rhs.evaluate(&workspace);
+    join(target, asDouble(*valueOf(outcome, &workspace)), side);
+}
+
 }  // namespace
 
 // ---- a double target
@@ -127,22 +159,10 @@ void OpAssignIntStm::exeGeneral() {
 }
 
 void GrowAssignDStm::exe() {
+    double x;
+    if (rhsNumber_.read(x) && joinNumber(*lhs_, x, side_)) return;
     require(rhsType_ <= DOUBLE_VAL, "rhs type is incompatible with lhs", "assignment");
-    if (rhsType_ == INTEGER_VAL) {
-        IntValue integers;
-        const Outcome outcome = expression()->evaluate(&integers);
-        if (outcome.isScalar()) {
-            DoubleValue value;
-            storeNumber(value, outcome.number, outcome.mark());
-            join(*lhs_, value, side_);
-        } else {
-            join(*lhs_, DoubleValue(asInt(*outcome.value())), side_);
-        }
-        return;
-    }
-    DoubleValue workspace;
-    const Outcome outcome = expression()->evaluate(&workspace);
-    join(*lhs_, asDouble(*valueOf(outcome, &workspace)), side_);
+    joinAny(*lhs_, *expression(), rhsType_, side_);
 }
 
 // ---- targets of other kinds
