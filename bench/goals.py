@@ -56,7 +56,7 @@ ROWS = [
         reason='nearly all is the library\'s own QR steps, which turn the columns of the vectors pair by pair'),
     Row('w08', 'fft', '`fft`, 2^20 points', .030, 'limit', 3),
     Row('w09', 'sort', '`sort`, 1e6', .020, 'limit', 1.4),
-    Row('w09', 'unique', '`unique`, 1e6', .016, 'numpy', .5),
+    Row('w09', 'unique', '`unique`, 1e6', .016, 'limit', 1.2),
     Row('w09', 'sortind', '`sortind`, 1e6', .034, 'limit', 1.1),
     Row('w10', 'split', '`split`, 1e5 words', .005, 'limit', 2.2,
         reason='two allocations for each word, its value and its codes, and the release of the former ones'),

@@ -2,7 +2,7 @@
 """Runs the workloads: our program, the plain C++ program of the same work, and
 the peers that are installed, one after the other within the same minute.
 
-usage: run.py BUILD_FOLDER [--table | --check] [WORKLOAD...]
+usage: run.py BUILD_FOLDER [--table | --check | --alone] [WORKLOAD...]
 
 A workload is a folder of `workloads/`; a word selects those that begin with
 it. Each program of a folder prints lines `@KEY SECONDS`, one a measurement, and
@@ -12,6 +12,7 @@ Where there is one measurement of the whole process, PROCESSES names it.
 --check  tiny sizes, no times: what our program computes is what the C++ program
          does. A line that ends in `# check: N` or `// check: N` has N for its
          number then.
+--alone  without the peers
 --table  the rows of docs/performance.md, from the runs before
 """
 import json
@@ -63,20 +64,24 @@ def flags_of(source):
 
 def compiled(folder, file_name, optimisation):
     """The command of a C++ program; None where a library is missing."""
-    source, program = os.path.join(folder, file_name), os.path.join(folder, file_name[:-4])
-    compiler = ([shutil.which('ccache')] if shutil.which('ccache') else []) + [os.environ.get('CXX', 'g++')]
-    made = subprocess.run(compiler + ['-std=c++20', *optimisation, '-c', '-o', program + '.o', source] +
-                          [f for f in flags_of(source) if not f.startswith('-l')], capture_output=True, text=True)
-    if made.returncode == 0:
-        made = subprocess.run(compiler[-1:] + ['-o', program, program + '.o'] +
-                              [f for f in flags_of(source) if f.startswith('-l')], capture_output=True, text=True)
+    # With names that do not depend on the folder, a compiler cache knows them again.
+    name, flags = file_name[:-4], flags_of(os.path.join(folder, file_name))
+    compiler = os.environ.get('CXX', 'g++')
+    cache = [shutil.which('ccache')] if shutil.which('ccache') else []
+    steps = [cache + [compiler, '-std=c++20', *optimisation, *[f for f in flags if not f.startswith('-l')], '-c',
+                      file_name, '-o', name + '.o'],
+             [compiler, name + '.o', '-o', name, *[f for f in flags if f.startswith('-l')]]]
+    for step in steps:
+        made = subprocess.run(step, cwd=folder, capture_output=True, text=True)
+        if made.returncode:
+            break
     if made.returncode:
         missing = re.search(r'(\S+): No such file|cannot find (\S+)', made.stderr)
         if not missing:
-            sys.exit('%s does not compile:\n%s' % (source, made.stderr))
+            sys.exit('%s/%s does not compile:\n%s' % (os.path.basename(folder), file_name, made.stderr))
         print('  %s is left out: %s is missing' % (file_name, missing.group(1) or missing.group(2)))
         return None
-    return [program]
+    return [os.path.join(folder, name)]
 
 
 def with_check_sizes(text):
@@ -179,12 +184,12 @@ class Figures:
         return {name: put_together(v) for name, v in self.values.get(row.key, {}).items()}
 
 
-def measure(build, workload, absent):
+def measure(build, workload, absent, with_peers):
     figures = Figures()
     with tempfile.TemporaryDirectory(dir=build) as parent:
         folder = prepared_folder(workload, parent, False)
         programs = [ours(build, folder)] + limits(folder, ['-O3', '-march=native'])
-        others = peers(folder, absent)
+        others = peers(folder, absent) if with_peers else []
         keys = PROCESSES.get(workload[:3])
         for r in range(ROUNDS):
             for program in programs + (others if r == 0 else []):
@@ -317,7 +322,7 @@ def main():
     arguments = sys.argv[1:]
     options = {a for a in arguments if a.startswith('--')}
     words = [a for a in arguments if not a.startswith('--')]
-    if not words or not options <= {'--check', '--table'}:
+    if not words or not options <= {'--check', '--table', '--alone'}:
         sys.exit(__doc__)
     build, wanted = os.path.abspath(words[0]), words[1:]
     if '--table' in options:
@@ -331,9 +336,10 @@ def main():
             print('  ' + (fault or 'agrees'))
             faults += bool(fault)
             continue
-        figures = measure(build, workload, absent)
+        figures = measure(build, workload, absent, '--alone' not in options)
         show(workload, figures)
-        store(build, workload, figures)
+        if '--alone' not in options:
+            store(build, workload, figures)
     if '--check' not in options:
         print(machine.line())
         if absent:

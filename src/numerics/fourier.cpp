@@ -6,9 +6,12 @@
 #include <bit>
 #include <cassert>
 #include <cmath>
+#include <cstdint>
 #include <numbers>
+#include <vector>
 
 #include "base/multiversion.h"
+#include "base/parallel.h"
 
 namespace vorpen {
 namespace {
@@ -27,6 +30,15 @@ constexpr std::size_t factorsAtOnce = 256;
 /// places are exchanged.
 constexpr int tileBits = 5;
 constexpr std::size_t tile = std::size_t{1} << tileBits;
+
+/// parallelFor with the sizes of this file.
+template <class Work>
+void inPieces(std::size_t n, std::size_t grain, const Work& work) {
+    parallelFor(static_cast<std::int64_t>(n), static_cast<std::int64_t>(grain),
+                [&work](std::int64_t begin, std::int64_t end) {
+                    work(static_cast<std::size_t>(begin), static_cast<std::size_t>(end));
+                });
+}
 
 std::size_t reversed(std::size_t index, int bits) {
     std::size_t result = 0;
@@ -56,27 +68,31 @@ void reverseBits(std::span<Complex> z) {
     std::array<std::size_t, tile> turned;
     for (std::size_t k = 0; k < tile; ++k) turned[k] = reversed(k, tileBits);
     const std::size_t rowDistance = z.size() / tile;
-    std::array<Complex, tile * tile> first, second;
-    const auto read = [&](std::size_t middle, std::array<Complex, tile * tile>& square) {
+    using Square = std::array<Complex, tile * tile>;
+    const auto read = [&](std::size_t middle, Square& square) {
         for (std::size_t row = 0; row < tile; ++row)
             std::copy_n(&z[row * rowDistance + middle * tile], tile, &square[row * tile]);
     };
-    const auto writeTurned = [&](std::size_t middle, const std::array<Complex, tile * tile>& square) {
+    const auto writeTurned = [&](std::size_t middle, const Square& square) {
         for (std::size_t row = 0; row < tile; ++row) {
             Complex* const out = &z[row * rowDistance + middle * tile];
             for (std::size_t k = 0; k < tile; ++k) out[k] = square[turned[k] * tile + turned[row]];
         }
     };
-    for (std::size_t middle = 0; middle < std::size_t{1} << middleBits; ++middle) {
-        const std::size_t other = reversed(middle, middleBits);
-        if (other < middle) continue;
-        read(middle, first);
-        if (other != middle) {
-            read(other, second);
-            writeTurned(middle, second);
+    // The tiles that change places are the matter of the one with the lower number.
+    inPieces(z.size(), tile * tile, [&](std::size_t begin, std::size_t end) {
+        Square first, second;
+        for (std::size_t middle = begin / (tile * tile); middle < end / (tile * tile); ++middle) {
+            const std::size_t other = reversed(middle, middleBits);
+            if (other < middle) continue;
+            read(middle, first);
+            if (other != middle) {
+                read(other, second);
+                writeTurned(middle, second);
+            }
+            writeTurned(other, first);
         }
-        writeTurned(other, first);
-    }
+    });
 }
 
 /// The factors of a stage, exp(i*k*angle) for k = 1, 2, ..., each from the one
@@ -143,23 +159,46 @@ void joinShort(double* z, const double* factors, std::size_t n, std::size_t leng
     }
 }
 
+double* parts(Complex& number) { return reinterpret_cast<double*>(&number); }
+
+Factors factorsOf(std::size_t length, double sign) {
+    return Factors(2 * sign * std::numbers::pi / static_cast<double>(2 * length));
+}
+
 /// Joins the transforms of a length, which lie one behind the other, in pairs.
 void joinPairs(std::span<Complex> z, std::size_t length, double sign) {
     constexpr std::size_t longRun = 32;
-    Factors factors(2 * sign * std::numbers::pi / static_cast<double>(2 * length));
+    Factors factors = factorsOf(length, sign);
     std::array<double, 2 * factorsAtOnce> made;
-    const auto parts = [](Complex* numbers) { return reinterpret_cast<double*>(numbers); };
     if (length < longRun) {
         factors.make(made.data(), length - 1);
-        return joinShort(parts(z.data()), made.data(), z.size(), length);
+        return joinShort(parts(z.front()), made.data(), z.size(), length);
     }
-    for (std::size_t b = 0; b < z.size(); b += 2 * length) combinePair(parts(&z[b]), parts(&z[b + length]));
+    for (std::size_t b = 0; b < z.size(); b += 2 * length) combinePair(parts(z[b]), parts(z[b + length]));
     for (std::size_t a = 1; a < length; a += factorsAtOnce) {
         const std::size_t count = std::min(factorsAtOnce, length - a);
         factors.make(made.data(), count);
         for (std::size_t b = a; b < z.size(); b += 2 * length)
-            combineRun(parts(&z[b]), made.data(), count, length);
+            combineRun(parts(z[b]), made.data(), count, length);
     }
+}
+
+/// The same for long transforms. Each factor needs the one before it, so they
+/// are made first; then all threads combine.
+void joinLong(std::span<Complex> z, std::size_t length, double sign, std::vector<double>& made) {
+    made.resize(2 * length);
+    factorsOf(length, sign).make(made.data() + 2, length - 1);
+    // Pieces are of pairs, counted as they lie.
+    inPieces(z.size() / 2, factorsAtOnce, [&](std::size_t begin, std::size_t end) {
+        for (std::size_t at = begin; at < end;) {
+            const std::size_t a = at % length, b = (at - a) * 2;
+            const std::size_t count = std::min(end - at, length - a);
+            const std::size_t ones = a == 0 ? 1 : 0;
+            if (ones) combinePair(parts(z[b]), parts(z[b + length]));
+            combineRun(parts(z[b + a + ones]), &made[2 * (a + ones)], count - ones, length);
+            at += count;
+        }
+    });
 }
 
 }  // namespace
@@ -169,9 +208,13 @@ void fourierTransform(std::span<Complex> z, FourierDirection direction) {
     const double sign = direction == FourierDirection::forward ? -1 : 1;
     reverseBits(z);
     const std::size_t cached = std::min(z.size(), cachedLength);
-    for (std::size_t first = 0; first < z.size(); first += cached)
-        for (std::size_t length = 1; length < cached; length *= 2) joinPairs(z.subspan(first, cached), length, sign);
-    for (std::size_t length = cached; length < z.size(); length *= 2) joinPairs(z, length, sign);
+    inPieces(z.size(), cached, [&](std::size_t begin, std::size_t end) {
+        for (std::size_t first = begin; first < end; first += cached)
+            for (std::size_t length = 1; length < cached; length *= 2)
+                joinPairs(z.subspan(first, cached), length, sign);
+    });
+    std::vector<double> factors;
+    for (std::size_t length = cached; length < z.size(); length *= 2) joinLong(z, length, sign, factors);
 }
 
 }  // namespace vorpen
