@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "builtins/figure_waiting.h"
 
+#include "base/interrupt.h"
 #include "builtins/engine_context.h"
 #include "plot/figure_list.h"
 #include "plot/interaction.h"
@@ -35,10 +36,13 @@ void serveFigureEvents() {
     engineContext().surroundings().pumpEvents();
 }
 
-bool waitForPress() {
+bool waitForPress(int figure) {
     const unsigned before = interaction().mouse.leftPresses;
-    while (interaction().mouse.leftPresses == before)
+    const auto canCome = [figure] { return figure == 0 || figureList().find(figure) != nullptr; };
+    while (interaction().mouse.leftPresses == before && canCome()) {
+        checkInterrupt();
         if (!engineContext().surroundings().waitForEvent()) return false;
+    }
     return true;
 }
 

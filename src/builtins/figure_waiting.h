@@ -9,7 +9,8 @@ namespace vorpen {
 void serveFigureEvents();
 
 /// Serves events until the left button of the mouse has been pressed once
-/// more; false where no event can come.
-[[nodiscard]] bool waitForPress();
+/// more, or the figure of a number (0 for the console) is closed; false where
+/// no event can come.
+[[nodiscard]] bool waitForPress(int figure);
 
 }  // namespace vorpen

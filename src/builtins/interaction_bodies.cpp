@@ -154,7 +154,7 @@ void waitForClick(const Value& number, DoubleValue& out) {
     makeEmpty(out);
     if (figure < 0) return;
     if (figure > 0) attributed("getclick", [&] { (void)figureList().selectFigure(figure); });
-    if (!waitForPress()) return;
+    if (!waitForPress(figure)) return;
     MouseState& mouse = interaction().mouse;
     if (figure == 0) return storePair(out, mouse[MOUSE_X], mouse[MOUSE_Y]);
     Require(figureList().currentFigure() != nullptr, "no figure open for mouse click", "getclick");

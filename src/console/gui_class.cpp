@@ -432,6 +432,22 @@ void GuiClass::runLine(char mode) {
     giveKeptKeys();
 }
 
+void GuiClass::runAside(const std::function<void()>& call) {
+    if (isRunning_) return call();
+    struct Aside {
+        explicit Aside(GuiClass& console) : console(console) { console.isRunning_ = true; }
+        ~Aside() {
+            console.isRunning_ = false;
+            console.showOutput();
+        }
+        Aside(const Aside&) = delete;
+        Aside& operator=(const Aside&) = delete;
+        GuiClass& console;
+    };
+    const Aside aside(*this);
+    call();
+}
+
 std::optional<std::string> GuiClass::readLine(const std::function<bool()>& serveEvent) {
     line_.takeLine();
     lineShift_ = 0;

@@ -120,6 +120,10 @@ public:
     /// Takes a text into the input line, as from the clipboard.
     void paste(std::string_view text);
 
+    /// Runs what no line asked for, such as a function that answers an event.
+    /// The editor keeps what is typed in it, and is closed for so long.
+    void runAside(const std::function<void()>& call);
+
     // ---- What a running program asks for. The function serves one event, and
     // answers false when no more can come.
 

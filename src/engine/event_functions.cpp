@@ -38,8 +38,14 @@ double EventFunctions::callFunction(std::string_view name, std::array<double, 2>
     arguments[1].value = &what;
     const auto inputs = static_cast<std::size_t>(std::min(function->parameterCount(), mostInputs));
     const auto result = newHolder(function->outputType());
-    const RunPause pause;
-    function->call(std::span(arguments).first(inputs), nullptr, *result);
+    const auto call = [&] {
+        const RunPause pause;
+        function->call(std::span(arguments).first(inputs), nullptr, *result);
+    };
+    if (runner_)
+        runner_(call);
+    else
+        call();
     return firstNumber(*result);
 }
 

@@ -21,6 +21,12 @@ public:
     /// without one such commands are dropped.
     void setTypist(std::function<void(std::string_view)> typist) { typist_ = std::move(typist); }
 
+    /// Who calls a function for an event, so that it is a run like that of a
+    /// typed line: it has to call what it is given, once. Without one functions
+    /// are called directly.
+    using Runner = std::function<void(const std::function<void()>& call)>;
+    void setRunner(Runner runner) { runner_ = std::move(runner); }
+
     [[nodiscard]] bool hasFunction(std::string_view name) const override { return functions_.find(name); }
     /// Gives a function as many of its two inputs as it takes. Fails with
     /// "recursion not allowed in mouse function", and for a function that
@@ -41,6 +47,7 @@ private:
     UserFunctionTable& functions_;
     Host& host_;
     std::function<void(std::string_view)> typist_;
+    Runner runner_;
 };
 
 }  // namespace vorpen

@@ -104,6 +104,10 @@ public:
 
     /// Texts stand in a group that says how they lie about their anchors.
     virtual void beginText(const TextGroup& group) = 0;
+    /// The runs of one line follow each other from here. A surface that
+    /// measures text lays the line out as a whole about its anchor.
+    virtual void beginLine(Pixel) {}
+    virtual void endLine() {}
     virtual void text(Pixel at, std::string_view bytes, const Font& font, Colour colour) = 0;
     virtual void endText() = 0;
     /// Width in pixels of bytes drawn in a font.

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "base/errors.h"
+#include "base/interrupt.h"
 #include "plot/figure_list.h"
 
 namespace vorpen {
@@ -15,8 +16,9 @@ constexpr std::string_view onMove = "onMove", onDrag = "onDrag", onDragable = "o
 /// The events that stop when their function fails.
 bool isFrequent(std::string_view name) { return name == onMove || name == onDrag || name == onDragable; }
 
-/// Keys from here on bring a character message of their own.
-constexpr int firstCharacterKey = 65;
+/// Keys from here on bring a character message of their own, all but the
+/// function keys.
+constexpr int firstCharacterKey = 65, firstFunctionKey = 112, lastFunctionKey = 135;
 
 Pixel anchorOf(const Frame& frame, const Plotable& item) {
     const auto* text = dynamic_cast<const TextLabel*>(&item);
@@ -78,6 +80,8 @@ void Interaction::fireEvent(std::string_view name, std::int32_t id, std::span<co
     const int frame = figure != nullptr ? figure->currentIndex() : 0;
 
     const auto report = [&](const std::string& message) {
+        // Whoever asked for the end needs no box to be told of it.
+        if (isInterrupted()) return target_->print("{r " + std::string(name) + " interrupted}");
         if (isFrequent(name)) target_->disable(name);
         target_->messageBox(std::string(name) + " --> " + message + " disabled");
     };
@@ -99,6 +103,20 @@ void Interaction::fireEvent(std::string_view name, std::int32_t id, std::span<co
     }
 }
 
+/// Moves come faster than a function may answer them. Those that come while it
+/// is in a call are one call when it has ended, for the last place.
+void Interaction::fireMove(std::string_view name, std::int32_t id) {
+    if (active_.contains(name)) {
+        missed_.emplace(name);
+        return;
+    }
+    do {
+        missed_.erase(std::string(name));
+        if (!wants(name)) return;
+        fireEvent(name, id);
+    } while (missed_.contains(name) && figureList().currentFigure() != nullptr);
+}
+
 void Interaction::mouseMove(Pixel at, bool leftDown) {
     mouse.pixel = at;
     Figure* const figure = figureList().currentFigure();
@@ -106,16 +124,16 @@ void Interaction::mouseMove(Pixel at, bool leftDown) {
     updatePlace(*figure);
     if (!leftDown) {
         moveTracker(figure->currentFrame(), at);
-        if (wants(onMove)) fireEvent(onMove);
+        fireMove(onMove);
         return;
     }
     const auto dragged = static_cast<std::int32_t>(mouse[MOUSE_ITEM]);
     if (dragged == 0) {
-        if (wants(onDrag)) fireEvent(onDrag);
+        fireMove(onDrag);
         return;
     }
     dragTo(*figure, dragged, at);
-    if (wants(onDragable)) fireEvent(onDragable, dragged);
+    fireMove(onDragable, dragged);
 }
 
 void Interaction::leftPress(Pixel at) {
@@ -127,7 +145,7 @@ void Interaction::leftPress(Pixel at) {
         mouse[MOUSE_PRESS_Y] = mouse[MOUSE_Y];
         const std::int32_t picked = pick(*figure, at);
         mouse[MOUSE_ITEM] = picked;
-        if (picked != 0 && wants(onDragable)) fireEvent(onDragable, picked);
+        if (picked != 0) fireMove(onDragable, picked);
     }
     ++mouse.leftPresses;
     fireEvent("onLDown");
@@ -155,7 +173,8 @@ void Interaction::rightRelease() {
 
 void Interaction::keyDown(int code) {
     mouse[MOUSE_KEY] = code;
-    if (code < firstCharacterKey) fireEvent("onKeyDown");
+    const bool isFunctionKey = code >= firstFunctionKey && code <= lastFunctionKey;
+    if (code < firstCharacterKey || isFunctionKey) fireEvent("onKeyDown");
 }
 
 void Interaction::keyUp() { mouse[MOUSE_KEY] = 0; }
@@ -233,6 +252,7 @@ void Interaction::reset() {
     mouse = {};
     pickRadiusSquared = 200;
     active_.clear();
+    missed_.clear();
 }
 
 Interaction& interaction() {

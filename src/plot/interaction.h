@@ -111,6 +111,9 @@ public:
     /// function fails in an unknown way.
     void fireEvent(std::string_view name, std::int32_t id = 0, std::span<const double> pair = {});
 
+    /// Whether a user function that answers an event is running.
+    [[nodiscard]] bool isCalling() const { return !active_.empty(); }
+
     /// Lets an item be dragged in a region; in the frame's limits without one.
     /// Fails with "invalid id: no such item in the frame" or "id not
     /// recognized: invalid frame".
@@ -125,10 +128,12 @@ public:
 private:
     void updatePlace(Figure& figure);
     [[nodiscard]] bool wants(std::string_view name) const;
+    void fireMove(std::string_view name, std::int32_t id = 0);
     double callGuarded(std::string_view name, std::span<const double> second);
 
     EventTarget* target_ = nullptr;
     std::set<std::string, std::less<>> active_;  ///< functions that are in a call
+    std::set<std::string, std::less<>> missed_;  ///< moves that came while their function was in a call
 };
 
 [[nodiscard]] Interaction& interaction();

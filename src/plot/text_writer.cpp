@@ -13,6 +13,18 @@ namespace {
 constexpr Colour overflowColour = 0x0000AA;
 constexpr std::string_view overflowSign = "\x85";
 
+/// A line of text while it lives.
+class Line {
+public:
+    Line(DrawingSurface& surface, Pixel anchor) : surface_(surface) { surface_.beginLine(anchor); }
+    ~Line() { surface_.endLine(); }
+    Line(const Line&) = delete;
+    Line& operator=(const Line&) = delete;
+
+private:
+    DrawingSurface& surface_;
+};
+
 }  // namespace
 
 void TextWriter::overflowMark(DrawingSurface& surface, Pixel at) const {
@@ -32,6 +44,7 @@ std::size_t TextWriter::write(DrawingSurface& surface, int x, int y, std::string
     const int line = top_ + y;
     if (!holdsMarkup(text)) return writePlain(surface, {x, line}, text);
 
+    const Line whole(surface, {x, line});
     std::vector<TextRun> runs;
     const std::string plain = decode(text, colour_, runs);
     const int startX = x, right = surface.rightEdge();

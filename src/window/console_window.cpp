@@ -57,6 +57,7 @@ void ConsoleWindow::joinEngine(Calc& calc) {
                                    [this](const std::string& line, char mode) { runInput(line, mode); });
     client_->setConsole(console_.get());
     calc.events().setTypist([this](std::string_view text) { console_->typeText(text); });
+    calc.events().setRunner([this](const std::function<void()>& call) { runForEvent(call); });
     calc.paths().setObserver([this, &calc] { showDirectories(calc.paths()); });
     showDirectories(calc.paths());
 }
@@ -98,6 +99,22 @@ void ConsoleWindow::runInput(const std::string& line, char mode) {
     calc_->beginInput(line, mode);
     calc_->run();
     desktop_.endRun();
+}
+
+void ConsoleWindow::runForEvent(const std::function<void()>& call) {
+    // While a script waits, its events are a part of its run.
+    if (console_->isRunning()) return call();
+    struct Run {
+        explicit Run(ConsoleWindow& window) : desktop(window.desktop_) { desktop.beginRun(window); }
+        ~Run() { desktop.endRun(); }
+        Run(const Run&) = delete;
+        Run& operator=(const Run&) = delete;
+        Desktop& desktop;
+    };
+    mustEndRun_ = false;
+    const Run run(*this);
+    forgetInterrupt();
+    console_->runAside(call);
 }
 
 void ConsoleWindow::interrupt() {

@@ -55,6 +55,8 @@ private:
     void makeMenus();
     void joinEngine(Calc& calc);
     void runInput(const std::string& line, char mode);
+    /// Runs a function that answers an event of a figure.
+    void runForEvent(const std::function<void()>& call);
     void interrupt();
     bool takeFocus(bool toTop);
     void showDirectories(const Dir& paths);

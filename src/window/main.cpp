@@ -15,9 +15,11 @@
 #include <string_view>
 
 #include "base/encoding.h"
+#include "base/freed_memory.h"
 #include "base/host.h"
 #include "window/console_window.h"
 #include "window/desktop.h"
+#include "window/figure_desktop.h"
 #include "window/icon.h"
 
 namespace vorpen {
@@ -81,8 +83,10 @@ int run(int count, char** words) {
     QApplication::setWindowIcon(programIcon());
     QApplication::setQuitOnLastWindowClosed(false);
     Desktop desktop;
+    QtFigureDesktop figures;
     ConsoleWindow* const window = desktop.openConsole();
     if (!window) return EXIT_FAILURE;
+    figures.setConsole(window);
     if (count == 2) {
         std::error_code fault;
         window->runScript(fromUtf8(std::filesystem::absolute(words[1], fault).string()));
@@ -99,5 +103,6 @@ int main(int count, char** words) {
         vorpen::handOverToTerminal();
         return EXIT_FAILURE;
     }
+    vorpen::keepFreedMemory();
     return vorpen::run(count, words);
 }

@@ -13,6 +13,7 @@
 #include <stdexcept>
 
 #include "base/errors.h"
+#include "base/interrupt.h"
 #include "unit/plot_support.h"
 
 namespace vorpen {
@@ -122,6 +123,13 @@ TEST_F(InteractionTest, Keys) {
     EXPECT_EQ(events.mouse[MOUSE_KEY], 0);
     events.keyDown(37);
     EXPECT_EQ(target.calls.size(), 2u);
+    // function keys bring no character
+    events.keyDown(112);
+    events.keyDown(135);
+    EXPECT_EQ(target.calls.size(), 4u);
+    events.keyDown(111);
+    events.keyDown(136);
+    EXPECT_EQ(target.calls.size(), 4u);
 }
 
 TEST_F(InteractionTest, WithoutFunctionFigureOrTargetNothingHappens) {
@@ -217,6 +225,41 @@ TEST_F(InteractionTest, AFunctionIsNotEnteredAgain) {
     target.functions["onLDown"] = [] { return 2.0; };
     events.leftPress(middle);
     EXPECT_EQ(events.mouse[MOUSE_RESULT], 2);
+}
+
+TEST_F(InteractionTest, MovesDuringAMoveAreOneMoreCall) {
+    int moves = 0;
+    target.functions["onMove"] = [&] {
+        EXPECT_TRUE(events.isCalling());
+        if (++moves == 1)
+            for (const Pixel at : {corner, Pixel{100, 100}, middle}) events.mouseMove(at, false);
+        return 0.0;
+    };
+    events.mouseMove(corner, false);
+    EXPECT_EQ(target.take(), "onMove 0 0 0; onMove 5 5 0");
+    EXPECT_TRUE(target.boxes.empty());
+    EXPECT_FALSE(events.isCalling());
+    // A function that fails or goes away in between is not called again.
+    target.functions["onMove"] = [&]() -> double {
+        events.mouseMove(middle, false);
+        raiseRuntimeError("no");
+    };
+    events.mouseMove(corner, false);
+    EXPECT_EQ(target.calls.size(), 1u);
+    EXPECT_EQ(target.boxes, std::vector<std::string>{"onMove --> no disabled"});
+}
+
+TEST_F(InteractionTest, AnInterruptedFunctionIsToldOnALine) {
+    target.functions["onMove"] = []() -> double {
+        requestInterrupt();
+        checkInterrupt();
+        return 0;
+    };
+    events.mouseMove(corner, false);
+    forgetInterrupt();
+    EXPECT_TRUE(target.boxes.empty());
+    EXPECT_TRUE(target.disabled.empty());
+    EXPECT_EQ(target.printed, std::vector<std::string>{"{r onMove interrupted}"});
 }
 
 // ---- Dragging --------------------------------------------------------------------

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// The screen that figures open their windows on. It has to be made behind the
+// application and to go before it; when it goes, all figures close.
+
+#include <QtCore/QPointer>
+#include <QtWidgets/QWidget>
+
+#include "plot/figure_view.h"
+
+namespace vorpen {
+
+class QtFigureDesktop final : public FigureDesktop {
+public:
+    /// Makes itself the desktop of figureList().
+    QtFigureDesktop();
+    ~QtFigureDesktop() override;
+    QtFigureDesktop(const QtFigureDesktop&) = delete;
+    QtFigureDesktop& operator=(const QtFigureDesktop&) = delete;
+
+    /// The window of the console, over which figures open.
+    void setConsole(QWidget* console) { console_ = console; }
+
+    std::unique_ptr<FigureView> openWindow(Figure& figure, const std::string& title) override;
+    [[nodiscard]] int screenWidth() const override;
+    [[nodiscard]] int screenHeight() const override;
+    [[nodiscard]] PixelRect consolePlace() const override;
+
+private:
+    QPointer<QWidget> console_;
+};
+
+}  // namespace vorpen
