@@ -111,7 +111,7 @@ class Picture:
         return path
 
     def __eq__(self, other):
-        return (self.width, self.data) == (other.width, other.data)
+        return isinstance(other, Picture) and (self.width, self.data) == (other.width, other.data)
 
 
 class Desktop:

@@ -18,6 +18,7 @@
 #include "base/host.h"
 #include "window/console_window.h"
 #include "window/desktop.h"
+#include "window/icon.h"
 
 namespace vorpen {
 namespace {
@@ -67,6 +68,7 @@ int run(int count, char** words) {
     QApplication::setApplicationName("vorpen");
     QApplication::setApplicationVersion(VORPEN_VERSION);
     QApplication::setDesktopFileName("vorpen");
+    QApplication::setWindowIcon(programIcon());
     QApplication::setQuitOnLastWindowClosed(false);
     Desktop desktop;
     ConsoleWindow& window = desktop.openConsole();
