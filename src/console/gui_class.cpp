@@ -70,7 +70,7 @@ void GuiClass::setFontSize(double size) {
 }
 
 void GuiClass::resize(int width, int height) {
-    const bool showedEnd = scroll_.position >= scroll_.endPosition(totalLines());
+    const bool showedEnd = scroll_.position >= scroll_.endPosition(scroll_.lineCount);
     clientWidth_ = width;
     fullHeight_ = height;
     clientHeight_ = usableHeight(height, scroll_.lineHeight);
@@ -180,7 +180,12 @@ RowRange GuiClass::scrollBy(std::int64_t n) {
     scroll_.position -= n;
     updateScrollBar();
     const int top = scroll_.rect.y, bottom = scroll_.rect.y + scroll_.rect.height;
+    // Below the last whole row there is nothing, before and after; the input
+    // line, which reaches into the pane there, does not move.
+    const int belowRows = asInt(stripHeight + scroll_.yOfRow(scroll_.rows));
+    view_.eraseBelow(belowRows);
     if (!view_.scroll(scroll_.rect, pixels)) return {0, scroll_.rows + 1};
+    view_.eraseBelow(belowRows);
     return pixels > 0 ? exposedRows(scroll_, top, top + pixels) : exposedRows(scroll_, bottom + pixels, bottom);
 }
 

@@ -9,6 +9,13 @@
 #include <QtWidgets/QVBoxLayout>
 
 namespace vorpen {
+namespace {
+
+/// A name that is reserved for examples, until the documentation has a place
+/// on the web.
+constexpr const char* documentationPage = "https://vorpen.example/documentation";
+
+}  // namespace
 
 void runAboutDialog(QWidget* parent) {
     QDialog dialog(parent);
@@ -18,10 +25,9 @@ void runAboutDialog(QWidget* parent) {
     auto* lines = new QVBoxLayout;
     const QString version = "Vorpen 5a, version " + QApplication::applicationVersion();
     for (const QString& text : {version, QString("Enter 'help' for further information, or see"),
-                                QString("<a href=\"https://vorpen.org\">https://vorpen.org</a>"),
-                                QString::fromUtf8("Copyright © 2026 the developers of Vorpen")}) {
+                                QString(documentationPage), QString::fromUtf8("Copyright © 2026 the developers of Vorpen")}) {
         auto* line = new QLabel(text);
-        line->setOpenExternalLinks(true);
+        line->setTextInteractionFlags(Qt::TextSelectableByMouse);
         lines->addWidget(line);
     }
     auto* top = new QHBoxLayout;

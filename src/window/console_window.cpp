@@ -7,6 +7,7 @@
 
 #include "base/interrupt.h"
 #include "console/console_commands.h"
+#include "engine/launch.h"
 #include "eval/run_state.h"
 #include "window/about_dialog.h"
 #include "window/desktop.h"
@@ -25,33 +26,40 @@ QString menuText(std::string_view item) {
 
 }  // namespace
 
-ConsoleWindow::ConsoleWindow(Desktop& desktop, bool isSecondary)
-    : desktop_(desktop), isSecondary_(isSecondary), host_(*this) {
+ConsoleWindow::ConsoleWindow(Desktop& desktop, const Calc* running)
+    : desktop_(desktop), isSecondary_(running != nullptr), host_(*this) {
     setWindowTitle(plainTitle());
     // The window closes when the menu that said so has done its work.
     client_ = new ConsoleWidget(
         this, {.close = [this] { QMetaObject::invokeMethod(this, [this] { close(); }, Qt::QueuedConnection); },
                .about = [this] { showAbout(); },
-               .launch = [this] { desktop_.openConsole(); },
+               .launch = [this] { desktop_.openConsole(this); },
                .interrupt = [this] { interrupt(); },
                .takeFocus = [this](bool toTop) { return takeFocus(toTop); }});
     setCentralWidget(client_);
     makeMenus();
-    calc_ = std::make_unique<Calc>(host_, isSecondary_);
-    console_ = std::make_unique<GuiClass>(calc_->console(), calc_->history(), *client_, host_, desktop_.turns(),
-                                          [this](const std::string& line, char mode) { runInput(line, mode); });
-    client_->setConsole(console_.get());
-    calc_->events().setTypist([this](std::string_view text) { console_->typeText(text); });
-    calc_->paths().setObserver([this] { showDirectories(); });
-    showDirectories();
     resize(windowWidth, windowHeight);
     const ScreenPlace place = isSecondary_ ? secondaryPlace : primaryPlace;
     move(place.x, place.y);
+    const auto openConsole = [this](Calc& calc) {
+        joinEngine(calc);
+        return true;
+    };
+    calc_ = running ? launchSecondary(host_, *running, openConsole) : launchPrimary(host_, openConsole);
+}
+
+void ConsoleWindow::joinEngine(Calc& calc) {
+    console_ = std::make_unique<GuiClass>(calc.console(), calc.history(), *client_, host_, desktop_.turns(),
+                                          [this](const std::string& line, char mode) { runInput(line, mode); });
+    client_->setConsole(console_.get());
+    calc.events().setTypist([this](std::string_view text) { console_->typeText(text); });
+    calc.paths().setObserver([this, &calc] { showDirectories(calc.paths()); });
+    showDirectories(calc.paths());
 }
 
 ConsoleWindow::~ConsoleWindow() {
     // The engine's end may still print and ask.
-    calc_->paths().setObserver({});
+    if (calc_) calc_->paths().setObserver({});
     calc_.reset();
     client_->setConsole(nullptr);
 }
@@ -71,9 +79,9 @@ void ConsoleWindow::makeMenus() {
     }
 }
 
-void ConsoleWindow::showDirectories() {
-    const auto& recent = calc_->paths().recent();
-    client_->showDirectories({recent.begin(), recent.end()}, calc_->paths().current());
+void ConsoleWindow::showDirectories(const Dir& paths) {
+    const auto& recent = paths.recent();
+    client_->showDirectories({recent.begin(), recent.end()}, paths.current());
 }
 
 // ---- running
@@ -149,7 +157,9 @@ void ConsoleWindow::closeEvent(QCloseEvent* event) {
 
 void ConsoleWindow::changeEvent(QEvent* event) {
     QMainWindow::changeEvent(event);
-    if (event->type() == QEvent::ActivationChange && isActiveWindow() && console_) client_->setFocus();
+    if (event->type() != QEvent::ActivationChange || !isActiveWindow() || !isComplete()) return;
+    calc_->makeCurrent();
+    client_->setFocus();
 }
 
 }  // namespace vorpen

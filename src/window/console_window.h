@@ -19,10 +19,14 @@ class Desktop;
 
 class ConsoleWindow final : public QMainWindow {
 public:
-    ConsoleWindow(Desktop& desktop, bool isSecondary);
+    /// Makes an engine of its own: a secondary one beside a running one, or
+    /// the primary one without.
+    ConsoleWindow(Desktop& desktop, const Calc* running);
     ~ConsoleWindow() override;
 
-    [[nodiscard]] Calc& calc() { return *calc_; }
+    /// False when the engine could not be made; the window is of no use then.
+    [[nodiscard]] bool isComplete() const { return calc_ != nullptr; }
+    [[nodiscard]] Calc& calc() const { return *calc_; }
     [[nodiscard]] GuiClass& console() { return *console_; }
     [[nodiscard]] ConsoleWidget& client() { return *client_; }
     [[nodiscard]] Desktop& desktop() { return desktop_; }
@@ -49,10 +53,11 @@ protected:
 
 private:
     void makeMenus();
+    void joinEngine(Calc& calc);
     void runInput(const std::string& line, char mode);
     void interrupt();
     bool takeFocus(bool toTop);
-    void showDirectories();
+    void showDirectories(const Dir& paths);
     [[nodiscard]] QString plainTitle() const;
 
     Desktop& desktop_;

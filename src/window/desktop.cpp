@@ -51,7 +51,7 @@ void onEndingSignal(int) {
 
 }  // namespace
 
-Desktop::Desktop() {
+Desktop::Desktop(std::optional<std::string> home) : home_(std::move(home)) {
     theDesktop = this;
     sinceServed_.start();
     listenToSignals();
@@ -94,14 +94,14 @@ void Desktop::listenToSignals() {
     for (const int signal : endingSignals) sigaction(signal, &action, nullptr);
 }
 
-ConsoleWindow& Desktop::openConsole() {
-    const bool isSecondary = !consoles_.empty();
-    consoles_.push_back(std::make_unique<ConsoleWindow>(*this, isSecondary));
-    ConsoleWindow& window = *consoles_.back();
-    if (!isSecondary) engineToSave = &window.calc();
-    window.show();
-    window.client().setFocus();
-    return window;
+ConsoleWindow* Desktop::openConsole(const ConsoleWindow* from) {
+    auto console = std::make_unique<ConsoleWindow>(*this, from ? &from->calc() : nullptr);
+    if (!console->isComplete()) return nullptr;
+    if (!from) engineToSave = &console->calc();
+    console->show();
+    console->client().setFocus();
+    consoles_.push_back(std::move(console));
+    return consoles_.back().get();
 }
 
 // ---- running

@@ -16,6 +16,8 @@
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QObject>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "console/gui_class.h"
@@ -29,12 +31,16 @@ class ConsoleWindow;
 
 class Desktop final : public QObject {
 public:
-    Desktop();
+    /// `home` is the program's directory; without one it is chosen.
+    explicit Desktop(std::optional<std::string> home = std::nullopt);
     ~Desktop() override;
 
-    /// Opens a console with an engine of its own; the first one is the
-    /// primary.
-    ConsoleWindow& openConsole();
+    [[nodiscard]] const std::optional<std::string>& home() const { return home_; }
+
+    /// Opens a console with an engine of its own; the first one is the primary,
+    /// a further one has the directories of the one it is opened from. Null,
+    /// after a message box, when there can be none.
+    ConsoleWindow* openConsole(const ConsoleWindow* from = nullptr);
     [[nodiscard]] const std::vector<std::unique_ptr<ConsoleWindow>>& consoles() const { return consoles_; }
 
     [[nodiscard]] const ConsoleTurns& turns() const { return turns_; }
@@ -66,6 +72,7 @@ private:
     void listenToSignals();
     void afterRun();
 
+    std::optional<std::string> home_;
     std::vector<std::unique_ptr<ConsoleWindow>> consoles_;
     ConsoleTurns turns_;
     std::vector<ConsoleWindow*> running_;  ///< the innermost last

@@ -71,11 +71,11 @@ int run(int count, char** words) {
     QApplication::setWindowIcon(programIcon());
     QApplication::setQuitOnLastWindowClosed(false);
     Desktop desktop;
-    ConsoleWindow& window = desktop.openConsole();
+    ConsoleWindow* const window = desktop.openConsole();
+    if (!window) return EXIT_FAILURE;
     if (count == 2) {
         std::error_code fault;
-        const std::string path = std::filesystem::absolute(words[1], fault).string();
-        window.runScript(fromUtf8(path));
+        window->runScript(fromUtf8(std::filesystem::absolute(words[1], fault).string()));
     }
     return QApplication::exec();
 }

@@ -27,10 +27,16 @@ QString messageText(std::string_view text) {
 
 }  // namespace
 
+/// What has been printed is seen before something is asked.
+QWidget* WindowHost::owner() const {
+    if (!window_.isVisible()) return nullptr;
+    window_.console().showOutput();
+    return &window_;
+}
+
 void WindowHost::messageBox(std::string_view title, std::string_view text) {
     if (window_.desktop().isLeaving()) return;
-    QMessageBox box(QMessageBox::NoIcon, toQString(title), messageText(text), QMessageBox::Ok,
-                    window_.isVisible() ? &window_ : nullptr);
+    QMessageBox box(QMessageBox::NoIcon, toQString(title), messageText(text), QMessageBox::Ok, owner());
     box.setTextFormat(Qt::PlainText);
     box.exec();
 }
@@ -38,7 +44,7 @@ void WindowHost::messageBox(std::string_view title, std::string_view text) {
 bool WindowHost::ask(std::string_view title, std::string_view text, bool safe) {
     if (window_.desktop().isLeaving()) return safe;
     QMessageBox box(QMessageBox::Question, toQString(title), messageText(text), QMessageBox::Ok | QMessageBox::Cancel,
-                    window_.isVisible() ? &window_ : nullptr);
+                    owner());
     box.setTextFormat(Qt::PlainText);
     box.setDefaultButton(safe ? QMessageBox::Ok : QMessageBox::Cancel);
     const int answer = box.exec();
@@ -56,7 +62,7 @@ std::optional<std::string> WindowHost::clipboardText() {
 void WindowHost::setClipboardText(std::string_view text) { QGuiApplication::clipboard()->setText(toQString(text)); }
 
 std::optional<std::string> WindowHost::chooseFolder(std::string_view title, std::string_view start) {
-    const QString chosen = QFileDialog::getExistingDirectory(&window_, toQString(title), toQString(start));
+    const QString chosen = QFileDialog::getExistingDirectory(owner(), toQString(title), toQString(start));
     if (chosen.isEmpty() || window_.desktop().isLeaving()) return std::nullopt;
     return fromQString(chosen);
 }
@@ -84,7 +90,7 @@ std::optional<std::string> WindowHost::readLine() {
 }
 
 std::string WindowHost::programDirectory() {
-    if (!programDirectory_) programDirectory_ = makeProgramDirectory(std::nullopt, startDirectory());
+    if (!programDirectory_) programDirectory_ = makeProgramDirectory(window_.desktop().home(), startDirectory());
     return *programDirectory_;
 }
 

@@ -9,6 +9,8 @@
 
 #include "base/host.h"
 
+class QWidget;
+
 namespace vorpen {
 
 class ConsoleWindow;
@@ -31,6 +33,8 @@ public:
     std::string shareDirectory() override;
 
 private:
+    [[nodiscard]] QWidget* owner() const;
+
     ConsoleWindow& window_;
     std::optional<std::string> programDirectory_;
 };

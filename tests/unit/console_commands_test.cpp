@@ -32,7 +32,9 @@ TEST(ConsoleCommands, someTypeALine) {
     for (const CommandRow& row : commandRows()) {
         const auto line = lines.find(row.id);
         EXPECT_EQ(row.action == CommandAction::typeText, line != lines.end()) << row.id;
-        if (line != lines.end()) EXPECT_EQ(row.text, line->second);
+        if (line != lines.end()) {
+            EXPECT_EQ(row.text, line->second);
+        }
     }
 }
 

@@ -1,0 +1,591 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "window/console_window.h"
+
+#include <QtGui/QClipboard>
+#include <QtWidgets/QAbstractButton>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QMenuBar>
+#include <QtWidgets/QMessageBox>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "console/markup.h"
+#include "plot/interaction.h"
+#include "window/desktop.h"
+#include "window/encoding.h"
+
+namespace vorpen {
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path newFolder() {
+    std::string name = (fs::temp_directory_path() / "vorpen-window-XXXXXX").string();
+    if (!mkdtemp(name.data())) throw std::runtime_error("no folder");
+    return name;
+}
+
+class ConsoleWindowTest : public testing::Test {
+protected:
+    ~ConsoleWindowTest() override {
+        QGuiApplication::clipboard()->clear();
+        desktop.reset();
+        fs::remove_all(folder);
+    }
+
+    ConsoleWindow& window() { return *desktop->consoles().front(); }
+    ConsoleWidget& client() { return window().client(); }
+    ConsoleText& text() { return window().calc().console(); }
+
+    void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier, const QString& typed = {},
+               QWidget* target = nullptr) {
+        QKeyEvent event(QEvent::KeyPress, key, modifiers, typed);
+        QApplication::sendEvent(target ? target : &client(), &event);
+    }
+    void typeInto(QWidget* target, const std::string& keys) {
+        for (const char c : keys) {
+            if (c == '\n')
+                press(Qt::Key_Return, Qt::NoModifier, "\r", target);
+            else
+                press(Qt::Key_unknown, Qt::NoModifier, QString(QChar(c)), target);
+        }
+    }
+    void type(const std::string& keys) { typeInto(&client(), keys); }
+    /// Types and lets the program answer.
+    void run(const std::string& line) {
+        type(line + "\n");
+        QApplication::processEvents();
+    }
+    /// Does something while the program waits.
+    template <class Do>
+    void later(Do act, int milliseconds = 20) {
+        QTimer::singleShot(milliseconds, &window(), act);
+    }
+
+    std::vector<std::string> lines() {
+        std::vector<std::string> plain;
+        const std::int64_t last = text().currentLine() + (text().currentText().empty() ? 0 : 1);
+        for (std::int64_t n = 0; n < last; ++n) {
+            std::vector<TextRun> runs;
+            plain.push_back(decode(text().getLine(n), 0, runs));
+        }
+        return plain;
+    }
+    std::string lastLine() {
+        const auto all = lines();
+        return all.empty() ? "" : all.back();
+    }
+    std::string typed() { return window().console().line().line(); }
+
+    QImage picture() {
+        QApplication::processEvents();
+        return client().grab().toImage().convertToFormat(QImage::Format_RGB32);
+    }
+    /// Pixels of a colour in the row of the pane.
+    int inkInRow(int row, QRgb colour) {
+        const QImage image = picture();
+        const ScrollState& state = window().console().scrollState();
+        const int top = stripHeight + static_cast<int>(state.yOfRow(row));
+        int count = 0;
+        for (int y = top; y < top + state.lineHeight; ++y)
+            for (int x = 0; x < state.rect.width; ++x) count += image.pixel(x, y) == colour;
+        return count;
+    }
+
+    void mouse(QEvent::Type type, QPointF at, Qt::MouseButton button = Qt::LeftButton,
+               Qt::MouseButtons held = Qt::LeftButton) {
+        QMouseEvent event(type, at, client().mapToGlobal(at), button, held, Qt::NoModifier);
+        QApplication::sendEvent(&client(), &event);
+    }
+    QPointF placeOf(int row, int column = 0) {
+        const ScrollState& state = window().console().scrollState();
+        return {2.0 + column * state.charWidth, stripHeight + state.yOfRow(row) + state.lineHeight / 2.0};
+    }
+    void click(int row, int column = 0) {
+        mouse(QEvent::MouseButtonPress, placeOf(row, column));
+        mouse(QEvent::MouseButtonRelease, placeOf(row, column), Qt::LeftButton, Qt::NoButton);
+    }
+    void wheel(int delta, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        QWheelEvent event(QPointF(100, 100), client().mapToGlobal(QPointF(100, 100)), {}, {0, delta}, Qt::NoButton,
+                          modifiers, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(&client(), &event);
+    }
+    QAction* menuItem(int id) {
+        for (QAction* menu : window().menuBar()->actions())
+            for (QAction* item : menu->menu()->actions())
+                if (item->data() == id) return item;
+        return nullptr;
+    }
+    void choose(int id) {
+        ASSERT_NE(menuItem(id), nullptr) << id;
+        menuItem(id)->trigger();
+        QApplication::processEvents();
+    }
+    /// Presses a button of the box that is open, and tells its text.
+    QString answerBox(QMessageBox::StandardButton answer) {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (!box) return "no box";
+        const QString said = box->windowTitle() + ": " + box->text();
+        box->button(answer)->click();
+        return said;
+    }
+
+    fs::path folder = newFolder();
+    std::unique_ptr<Desktop> desktop = [this] {
+        auto made = std::make_unique<Desktop>(folder.string());
+        made->openConsole();
+        QApplication::processEvents();
+        return made;
+    }();
+};
+
+using Lines = std::vector<std::string>;
+/// More than fit into the pane.
+constexpr const char* manyLines = "for k=1:60 { disp(k); }";
+constexpr QRgb green = 0xFF006400, blue = 0xFF000064, black = 0xFF000000, selected = 0xFFFDFD96;
+
+TEST_F(ConsoleWindowTest, aLineIsTypedAndAnswered) {
+    EXPECT_EQ(window().windowTitle(), "Vorpen 5a");
+    EXPECT_EQ(window().size(), QSize(840, 600));
+    run("1+2");
+    run("r=3; pi r^2");
+    EXPECT_EQ(lines(), (Lines{"1> 1+2", "3", "2> r=3; pi r^2", "28.2743339       = (9pi)"}));
+    EXPECT_GT(inkInRow(0, green), 5) << "the prompt of the echo";
+    EXPECT_GT(inkInRow(1, black), 5) << "the answer";
+    EXPECT_GT(inkInRow(4, green), 5) << "the next prompt";
+    EXPECT_EQ(inkInRow(6, black), 0);
+}
+
+TEST_F(ConsoleWindowTest, theCaretIsSeen) {
+    type("x");
+    const QImage image = picture();
+    const Rectangle caret = window().console().caretPlace();
+    EXPECT_EQ(image.pixel(caret.x, caret.y + caret.height / 2), black);
+    EXPECT_EQ(image.pixel(caret.x + caret.width + 2, caret.y + caret.height / 2), 0xFFFFFFFF);
+}
+
+TEST_F(ConsoleWindowTest, columnsStandUnderEachOther) {
+    run("disp(\"iiiiiiiiiiiiiiiiiiii|\")");
+    run("disp(\"{*WWWWWWWWWWWWWWWWWWWW}|\")");
+    const QImage image = picture();
+    const ScrollState& state = window().console().scrollState();
+    const auto barOf = [&](int row) {
+        int first = -1;
+        const int from = 1 + 20 * state.charWidth;
+        for (int x = from; x < from + state.charWidth && first < 0; ++x)
+            if (image.pixel(x, stripHeight + static_cast<int>(state.yOfRow(row)) + state.lineHeight / 2) != 0xFFFFFFFF)
+                first = x;
+        return first;
+    };
+    EXPECT_GT(barOf(1), 0);
+    EXPECT_EQ(barOf(1), barOf(4));
+}
+
+TEST_F(ConsoleWindowTest, formerLinesAreRecalled) {
+    run("x=1;");
+    run("y=2;");
+    press(Qt::Key_Up);
+    EXPECT_EQ(typed(), "y=2;");
+    press(Qt::Key_Up);
+    EXPECT_EQ(typed(), "x=1;");
+    press(Qt::Key_Down);
+    EXPECT_EQ(typed(), "y=2;");
+    press(Qt::Key_Escape, Qt::NoModifier, "\x1b");
+    type("x");
+    press(Qt::Key_Up);
+    EXPECT_EQ(typed(), "x=1;");
+}
+
+TEST_F(ConsoleWindowTest, keysEdit) {
+    type("abd");
+    press(Qt::Key_Left);
+    type("c");
+    press(Qt::Key_Home);
+    press(Qt::Key_Delete, Qt::NoModifier, "\x7f");
+    press(Qt::Key_End);
+    press(Qt::Key_Backspace, Qt::NoModifier, "\b");
+    EXPECT_EQ(typed(), "bc");
+    press(Qt::Key_Tab, Qt::NoModifier, "\t");
+    EXPECT_EQ(typed(), "bc  ");
+    press(Qt::Key_Escape, Qt::NoModifier, "\x1b");
+    type("a=b+c");
+    press(Qt::Key_B, Qt::ControlModifier, "\x02");
+    EXPECT_EQ(typed(), "a=(b+c)");
+    press(Qt::Key_Left, Qt::ControlModifier);
+    EXPECT_EQ(window().console().line().caret(), 6);
+}
+
+TEST_F(ConsoleWindowTest, composedTextIsTyped) {
+    QInputMethodEvent event;
+    event.setCommitString(QString::fromUtf8("µé"));
+    QApplication::sendEvent(&client(), &event);
+    EXPECT_EQ(typed(), "\xB5\xE9");
+}
+
+TEST_F(ConsoleWindowTest, anyKeyIsHarmless) {
+    for (int key = 0; key < 0x2000; key += 7)
+        for (const auto modifiers : {Qt::NoModifier, Qt::ControlModifier, Qt::ShiftModifier})
+            press(Qt::Key(key < 0x1000 ? key : 0x01000000 + key - 0x1000), modifiers, QString(QChar(key)));
+    press(Qt::Key_unknown, Qt::NoModifier, QString::fromUtf8("中文"));
+    QApplication::processEvents();
+    if (QWidget* popup = QApplication::activePopupWidget()) popup->close();
+    press(Qt::Key_Escape, Qt::NoModifier, "\x1b");
+    run("1+1");
+    EXPECT_EQ(lastLine(), "2");
+}
+
+TEST_F(ConsoleWindowTest, aSelectionIsSeenAndCopied) {
+    run("x=3");
+    click(0);
+    EXPECT_GT(inkInRow(0, selected), 100);
+    EXPECT_EQ(inkInRow(1, selected), 0);
+    mouse(QEvent::MouseButtonPress, placeOf(0));
+    mouse(QEvent::MouseMove, placeOf(1), Qt::NoButton);
+    mouse(QEvent::MouseButtonRelease, placeOf(1), Qt::LeftButton, Qt::NoButton);
+    EXPECT_GT(inkInRow(1, selected), 10);
+    press(Qt::Key_C, Qt::ControlModifier, "\x03");
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), "x=3\r\n3\r\n");
+    press(Qt::Key_V, Qt::ControlModifier, "\x16");
+    EXPECT_EQ(typed(), "x=33");
+}
+
+TEST_F(ConsoleWindowTest, aDoubleClickRunsALineAgain) {
+    run("x=3");
+    click(0);
+    mouse(QEvent::MouseButtonDblClick, placeOf(0));
+    mouse(QEvent::MouseButtonRelease, placeOf(0), Qt::LeftButton, Qt::NoButton);
+    QApplication::processEvents();
+    EXPECT_EQ(lines(), (Lines{"1> x=3", "3", "2> x=3", "3"}));
+}
+
+TEST_F(ConsoleWindowTest, anUnderlinedWordAsksForHelp) {
+    run("disp(\"see {=pi} now\");");
+    click(1, 4);
+    QApplication::processEvents();
+    EXPECT_EQ(lines()[2], "2> ?pi");
+    EXPECT_NE(lines()[3].find("constant"), std::string::npos);
+}
+
+TEST_F(ConsoleWindowTest, theWheelScrollsAndZooms) {
+    run(manyLines);
+    const ScrollState& state = window().console().scrollState();
+    const auto end = state.position;
+    ASSERT_GT(end, 10);
+    EXPECT_EQ(client().scrollBar().value(), end);
+    wheel(120);
+    EXPECT_EQ(state.position, end - 3);
+    wheel(-120);
+    EXPECT_EQ(state.position, end);
+    wheel(40);
+    EXPECT_EQ(state.position, end - 1) << "a fine wheel";
+    const int before = state.lineHeight;
+    wheel(120, Qt::ControlModifier);
+    EXPECT_GT(state.lineHeight, before);
+    wheel(-120, Qt::ControlModifier);
+    EXPECT_EQ(state.lineHeight, before);
+    press(Qt::Key_PageUp);
+    press(Qt::Key_PageUp);
+    EXPECT_LT(state.position, end - 30);
+}
+
+TEST_F(ConsoleWindowTest, whatScrollsIsWhatIsDrawn) {
+    run(manyLines);
+    ASSERT_GT(window().console().scrollState().position, 30);
+    client().scrollBar().triggerAction(QAbstractSlider::SliderPageStepSub);
+    picture();
+    for (int i = 0; i < 4; ++i) client().scrollBar().triggerAction(QAbstractSlider::SliderSingleStepSub);
+    client().scrollBar().triggerAction(QAbstractSlider::SliderSingleStepAdd);
+    const QImage moved = picture();
+    window().console().onVScroll(ScrollAction::end);
+    EXPECT_TRUE(moved == picture());
+}
+
+TEST_F(ConsoleWindowTest, aTinyWindowComesBack) {
+    run(manyLines);
+    client().resize(1, 1);
+    picture();
+    run("2+2");
+    client().resize(800, 500);
+    EXPECT_EQ(lastLine(), "4");
+    EXPECT_EQ(text().wrapWidth(), window().console().scrollState().columns());
+    EXPECT_GT(inkInRow(0, blue), 0);
+}
+
+TEST_F(ConsoleWindowTest, tenMegabytesPastedAreHarmless) {
+    QGuiApplication::clipboard()->setText(QString(10 << 20, 'x'));
+    press(Qt::Key_V, Qt::ControlModifier, "\x16");
+    picture();
+    EXPECT_EQ(typed().size(), std::size_t{10} << 20);
+    press(Qt::Key_Escape, Qt::NoModifier, "\x1b");
+    run("1");
+    EXPECT_EQ(lastLine(), "1");
+}
+
+TEST_F(ConsoleWindowTest, menusStandAsTheyAreTold) {
+    QStringList headings;
+    for (const QAction* menu : window().menuBar()->actions()) headings << menu->text();
+    EXPECT_EQ(headings, (QStringList{"&File", "&Run", "&View", "&Help"}));
+    EXPECT_EQ(menuItem(COMMAND_EXIT)->text(), "E&xit\tAlt-F4");
+    EXPECT_EQ(menuItem(COMMAND_ZOOM_IN)->text(), "Zoom &in\t<<");
+    EXPECT_EQ(menuItem(COMMAND_LAUNCH)->text(), "&Launch vorpen");
+}
+
+TEST_F(ConsoleWindowTest, menusRunTheirCommands) {
+    run("x=3;");
+    choose(COMMAND_BASIC_HELP);
+    EXPECT_EQ(lines()[1], "2> ?");
+    choose(COMMAND_RESET);
+    EXPECT_EQ(lines().end()[-1].substr(0, 15), "3> clear reset");
+    run("x");
+    EXPECT_NE(lastLine(), "3");
+    choose(COMMAND_FUNCTIONS);
+    bool asked = false;
+    for (const auto& line : lines()) asked |= line == "5> ?func a";
+    EXPECT_TRUE(asked);
+    const int height = window().console().scrollState().lineHeight;
+    choose(COMMAND_ZOOM_IN);
+    EXPECT_GT(window().console().scrollState().lineHeight, height);
+    choose(COMMAND_ZOOM_OUT);
+    EXPECT_EQ(window().console().scrollState().lineHeight, height);
+    choose(COMMAND_ABORT);
+    type("7*6");
+    choose(COMMAND_EXECUTE);
+    EXPECT_EQ(lastLine(), "42");
+    QGuiApplication::clipboard()->setText("a=5;;\nb=6;;\n");
+    choose(COMMAND_RUN_CLIPBOARD);
+    EXPECT_EQ(lastLine(), "6");
+    choose(COMMAND_CLEAR_CLIPBOARD);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), "");
+}
+
+TEST_F(ConsoleWindowTest, foldersAreChosenFromThreeItems) {
+    for (const int id : {COMMAND_RESTORE, COMMAND_SAVE, COMMAND_CHOOSE_FOLDER}) {
+        QString title;
+        later([&] {
+            title = QApplication::activeModalWidget()->windowTitle();
+            QApplication::activeModalWidget()->close();
+        }, 300);
+        choose(id);
+        EXPECT_EQ(title, "cd ...");
+    }
+}
+
+TEST_F(ConsoleWindowTest, aboutTellsWhatTheProgramIs) {
+    QStringList told;
+    later([&] {
+        for (const QLabel* line : QApplication::activeModalWidget()->findChildren<QLabel*>()) told << line->text();
+        QApplication::activeModalWidget()->close();
+    });
+    choose(COMMAND_ABOUT);
+    EXPECT_TRUE(told.contains("Enter 'help' for further information, or see"));
+    EXPECT_TRUE(told.filter("Vorpen 5a").size() == 1 && told.filter("Copyright").size() == 1);
+    told.clear();
+    later([&] {
+        told << QApplication::activeModalWidget()->windowTitle();
+        press(Qt::Key_Return, Qt::NoModifier, "\r", QApplication::activeModalWidget());
+    });
+    press(Qt::Key_Slash, Qt::AltModifier, "/");
+    EXPECT_EQ(told, QStringList{"About Vorpen"});
+    EXPECT_EQ(typed(), "");
+}
+
+TEST_F(ConsoleWindowTest, theButtonsOfTheStrip) {
+    EXPECT_EQ(client().execButton().geometry(), QRect(392, 1, 70, 22));
+    EXPECT_EQ(client().againButton().geometry(), QRect(462, 1, 70, 22));
+    QGuiApplication::clipboard()->setText("q=4;;");
+    client().execButton().click();
+    QApplication::processEvents();
+    EXPECT_EQ(lastLine(), "4");
+    run("1+1");
+    client().againButton().click();
+    QApplication::processEvents();
+    EXPECT_EQ(lines().end()[-2], "3> 1+1");
+    EXPECT_EQ(lastLine(), "2");
+}
+
+TEST_F(ConsoleWindowTest, theDirectoryBoxFollowsAndLeads) {
+    const fs::path inside = folder / "a b";
+    fs::create_directory(inside);
+    run("cd " + folder.string());
+    DirectoryBox& box = client().directoryBox();
+    EXPECT_EQ(box.currentData().toString().toStdString(), folder.string());
+    run("cd " + inside.string());
+    EXPECT_EQ(box.currentData().toString().toStdString(), inside.string());
+    const int former = box.findData(toQString(folder.string()));
+    ASSERT_GE(former, 0);
+    box.setCurrentIndex(former);
+    emit box.activated(former);
+    QApplication::processEvents();
+    EXPECT_EQ(window().calc().paths().current(), folder.string());
+    EXPECT_EQ(lastLine(), folder.string());
+}
+
+// ---- a running program and the user
+
+TEST_F(ConsoleWindowTest, aProgramReadsALine) {
+    later([&] {
+        EXPECT_EQ(lines().back(), "your name");
+        type("Ada\n");
+    });
+    run("s=getline(\"your name\");");
+    EXPECT_EQ(lines(), (Lines{"1> s=getline(\"your name\");", "your name", "Ada"}));
+    run("s");
+    EXPECT_EQ(lastLine(), "Ada");
+}
+
+TEST_F(ConsoleWindowTest, aProgramReadsACharacter) {
+    later([&] { type("q"); });
+    run("k=getch;");
+    run("k");
+    EXPECT_EQ(lastLine(), "113");
+}
+
+TEST_F(ConsoleWindowTest, aMessageWaitsForItsButton) {
+    QString said;
+    later([&] { said = answerBox(QMessageBox::Ok); }, 100);
+    run("messageBox(\"<b>it</b> is done\")");
+    EXPECT_EQ(said, ": <b>it</b> is done");
+    EXPECT_EQ(lastLine(), "1");
+}
+
+TEST_F(ConsoleWindowTest, keysOfARunAreTypedBehindIt) {
+    later([&] { type("2+2\n3+"); });
+    run("pause(100);");
+    QApplication::processEvents();
+    EXPECT_EQ(lastLine(), "4");
+    EXPECT_EQ(typed(), "3+");
+}
+
+TEST_F(ConsoleWindowTest, escapeEndsAPause) {
+    later([&] { press(Qt::Key_Escape, Qt::NoModifier, "\x1b"); });
+    run("pause(100000)");
+    EXPECT_EQ(lastLine(), "interrupted");
+    run("1+1");
+    EXPECT_EQ(lastLine(), "2");
+}
+
+TEST_F(ConsoleWindowTest, abortEndsAnEndlessLoop) {
+    later([&] {
+        EXPECT_TRUE(window().windowTitle().contains("busy"));
+        EXPECT_EQ(client().cursor().shape(), Qt::WaitCursor);
+        menuItem(COMMAND_ABORT)->trigger();
+    }, 400);
+    run("i=0; while 1 { i=i+1; }");
+    EXPECT_EQ(lastLine(), "interrupted");
+    EXPECT_EQ(window().windowTitle(), "Vorpen 5a");
+    EXPECT_EQ(client().cursor().shape(), Qt::ArrowCursor);
+}
+
+TEST_F(ConsoleWindowTest, aWaitForAClickTakesOneInTheConsole) {
+    later([&] { click(3); });
+    run("getclick(0)");
+    EXPECT_EQ(lines().size(), 2u);
+    later([&] { press(Qt::Key_Escape, Qt::NoModifier, "\x1b"); });
+    run("getclick(0)");
+    run("1");
+    EXPECT_EQ(lastLine(), "1");
+}
+
+TEST_F(ConsoleWindowTest, aScriptRunsInItsDirectory) {
+    const fs::path script = folder / "it's.vrp";
+    std::ofstream(script) << "z=11;;\n";
+    window().runScript(script.string());
+    QApplication::processEvents();
+    QApplication::processEvents();
+    EXPECT_EQ(window().calc().paths().current(), folder.string());
+    EXPECT_EQ(lastLine(), "11");
+    EXPECT_EQ(lines()[0], "1> cd \"" + folder.string() + "\"");
+}
+
+// ---- the end
+
+TEST_F(ConsoleWindowTest, closingSavesTheSession) {
+    run("kept=17;");
+    later([&] { window().close(); });
+    EXPECT_EQ(QApplication::exec(), 0);
+    desktop.reset();
+    desktop = std::make_unique<Desktop>(folder.string());
+    desktop->openConsole();
+    run("kept");
+    EXPECT_EQ(lastLine(), "17");
+    press(Qt::Key_Up);
+    press(Qt::Key_Up);
+    EXPECT_EQ(typed(), "kept=17;");
+}
+
+TEST_F(ConsoleWindowTest, closingWhileSomethingRunsEndsItFirst) {
+    for (const char* line : {"pause(100000)", "s=getline(\"?\")", "k=getch", "getclick(0)", "while 1 { }"}) {
+        SCOPED_TRACE(line);
+        later([&] { type(std::string("v=1; ") + line + "\n"); }, 0);
+        later([&] { window().close(); }, 300);
+        EXPECT_EQ(QApplication::exec(), 0);
+        EXPECT_FALSE(window().isVisible());
+        desktop.reset();
+        EXPECT_TRUE(fs::exists(folder / "vorpen_env.bin"));
+        fs::remove(folder / "vorpen_env.bin");
+        desktop = std::make_unique<Desktop>(folder.string());
+        desktop->openConsole();
+    }
+}
+
+TEST_F(ConsoleWindowTest, aRequestToEndClosesBoxesAndSaves) {
+    later([&] { type("v=1; messageBox(\"nobody is there\")\n"); }, 0);
+    later([&] { raise(SIGTERM); }, 200);
+    EXPECT_EQ(QApplication::exec(), 0);
+    desktop.reset();
+    EXPECT_TRUE(fs::exists(folder / "vorpen_env.bin"));
+}
+
+TEST_F(ConsoleWindowTest, largeMatricesAreAskedFor) {
+    run("big=zeros(100,101);");
+    later([&] { window().close(); });
+    EXPECT_EQ(QApplication::exec(), 0);
+    QString said;
+    QTimer::singleShot(100, [&] { said = answerBox(QMessageBox::Cancel); });
+    desktop.reset();
+    EXPECT_EQ(said, "vorpen exit: Large matrices will not be saved: ok to exit?");
+    EXPECT_FALSE(fs::exists(folder / "vorpen_env.bin"));
+}
+
+// ---- two consoles
+
+TEST_F(ConsoleWindowTest, aSecondConsoleIsIndependent) {
+    run("x=1;");
+    choose(COMMAND_LAUNCH);
+    ASSERT_EQ(desktop->consoles().size(), 2u);
+    ConsoleWindow& second = *desktop->consoles().back();
+    EXPECT_EQ(second.windowTitle(), "secondary Vorpen");
+    typeInto(&second.client(), "x=2\n");
+    QApplication::processEvents();
+    run("x");
+    EXPECT_EQ(lastLine(), "1");
+    second.close();
+    QApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
+    ASSERT_EQ(desktop->consoles().size(), 1u);
+    run("x+1");
+    EXPECT_EQ(lastLine(), "2");
+}
+
+TEST_F(ConsoleWindowTest, oneConsoleRunsWhileAnotherWaits) {
+    choose(COMMAND_LAUNCH);
+    ConsoleWindow& second = *desktop->consoles().back();
+    later([&] { typeInto(&second.client(), "y=6*7\n"); });
+    run("pause(300); z=1");
+    EXPECT_NE(second.calc().console().getLine(1).find("42"), std::string::npos);
+    EXPECT_EQ(lastLine(), "1");
+}
+
+TEST_F(ConsoleWindowTest, closingThePrimaryEndsWhatRunsInTheOther) {
+    choose(COMMAND_LAUNCH);
+    ConsoleWindow& second = *desktop->consoles().back();
+    later([&] { typeInto(&second.client(), "pause(100000)\n"); }, 0);
+    later([&] { type("pause(100000)\n"); }, 100);
+    later([&] { window().close(); }, 300);
+    EXPECT_EQ(QApplication::exec(), 0);
+}
+
+}  // namespace
+}  // namespace vorpen
