@@ -86,13 +86,12 @@ class Program(desktop_harness.DesktopTest):
 
     def test_a_typed_line_is_shown_and_answered(self):
         _, window = self.start()
-        pane = (0, 60, 800, 500)
-        self.desktop.until(lambda: self.desktop.picture(window, pane).box_except(WHITE), 'a prompt')
-        empty = self.desktop.settled(window).crop(*pane).box_except(WHITE)
+        pane = (0, 50, 800, 500)  # below the menu and the buttons
+        height = lambda: (self.desktop.picture(window, pane).box_except(WHITE) or (0, 0, 0, 0))[3]
+        prompt = self.desktop.until(height, 'a prompt')
         self.desktop.type('6*7\n')
         # The line, its answer and the next prompt are three rows.
-        self.desktop.until(lambda: self.desktop.picture(window, pane).box_except(WHITE)[3] >= empty[3] + 2 * 12,
-                           'two rows more')
+        self.desktop.until(lambda: height() >= prompt + 2 * 12, 'two rows more')
         self.desktop.type('writetext("answer.txt",list(str(ans)))\n')
         self.assertEqual(self.content('answer.txt').strip(), '42')
 
@@ -128,7 +127,7 @@ class Program(desktop_harness.DesktopTest):
         self.assertEqual((done.stdout.split()[:1], done.stderr, done.returncode), ([b'42'], b'', 0))
 
     def test_a_launcher_gives_it_no_terminal(self):
-        self.desktop.run('sh', '-c', '"$0" </dev/null', desktop_harness.PROGRAM)
+        self.desktop.run('sh', '-c', '"$0" </dev/null', self.desktop.place(desktop_harness.PROGRAM))
         self.desktop.window(self.TITLE)
 
 
