@@ -79,6 +79,21 @@ class Figures(desktop_harness.DesktopTest):
         self.assertEqual(self.told('event2'), '37')
         self.desktop.tool('xdotool', 'keyup', 'Left')
 
+    def test_what_comes_while_a_function_computes_comes_later(self):
+        self.type('figure; function y=onLDown(p); tic; while toc<2500 {y=1;}; end')
+        self.type('function y=onLUp(p); writetext("%s",str(getmouse("l"))); y=1; end' % self.path('up'))
+        figure = self.desktop.window('Figure 1')
+        self.desktop.settled(figure)
+        self.desktop.click(200, 200, figure)
+        self.assertEqual(self.told('up'), '0')
+        # A window whose cross was clicked meanwhile closes too.
+        self.desktop.move(220, 200, figure)
+        self.desktop.press()
+        self.desktop.window('busy', exactly=False)
+        self.desktop.close_window(figure)
+        self.desktop.release()
+        self.desktop.no_window('Figure 1')
+
     def test_the_cursor_of_a_function_follows_the_mouse(self):
         self.type('fplot(x/10;x,[0,10],"r")')
         figure = self.desktop.window('Figure 1')
