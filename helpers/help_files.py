@@ -11,7 +11,6 @@ import subprocess
 import tempfile
 
 FOLDER = os.path.join(os.path.dirname(os.path.abspath(__file__)), 'help')
-ABSENT = 'is not available yet'
 ECHO = re.compile(r'^\s*\d+> ?(.*)$')
 
 
@@ -66,7 +65,6 @@ class Session:
         for line in done.stdout.splitlines():
             echo = ECHO.match(line)
             self.lines.append('> ' + echo.group(1) if echo else line.rstrip())
-        self.available = not any(line.endswith(ABSENT) for line in self.lines)
 
 
 def folded(lines):

@@ -5,30 +5,24 @@
 usage: helpers/update_examples.py [PROGRAM] [FILE...]
 
 The program is build/bin/vorpen-cli unless another one is given. The examples
-of all topics, or of the given files, are typed into it. An example that needs
-a function which is not there yet becomes an "example pending" without output,
-and an "example" again once it is there. An example that fails is named, since
-few are meant to; look at what has changed before you keep it.
+of all topics, or of the given files, are typed into it. An example that fails
+is named, since few are meant to; look at what has changed before you keep it.
 """
 import os
 import sys
 
 from help_files import Session, read_sections, topic_files, typed_lines
 
-KINDS = ('example', 'example pending')
 
-
-def replace_example(path, kind, lines):
-    """The file with its example under another name and with other lines."""
-    kept, skipping, done = [], False, False
+def replace_example(path, lines):
+    """The file with other lines in its example."""
+    kept, skipping = [], False
     with open(path, encoding='utf-8') as file:
         for line in file.read().splitlines():
-            starts = line and not line[0].isspace()
-            if starts:
-                skipping = line.partition(':')[0] in KINDS
-                if skipping and not done:
-                    kept += [kind + ':'] + ['  ' + text if text else '' for text in lines]
-                    done = True
+            if line and not line[0].isspace():
+                skipping = line.partition(':')[0] == 'example'
+                if skipping:
+                    kept += ['example:'] + ['  ' + text if text else '' for text in lines]
             if not skipping:
                 kept.append(line)
     with open(path, 'w', encoding='utf-8') as file:
@@ -36,21 +30,17 @@ def replace_example(path, kind, lines):
 
 
 def update(program, path):
-    """What has become of the example: kept, changed, pending, or none."""
-    sections = read_sections(path)
-    for kind in KINDS:
-        if kind not in sections:
-            continue
-        typed = typed_lines(sections[kind])
-        session = Session(program, typed)
-        new = ('example', session.lines) if session.available else ('example pending', ['> ' + t for t in typed])
-        if session.failed and session.available:
-            print('fails: ' + os.path.relpath(path))
-        if new != (kind, sections[kind]):
-            replace_example(path, *new)
-            return 'changed' if session.available else 'pending'
-        return 'kept' if session.available else 'pending'
-    return 'none'
+    """What has become of the example: kept, changed, or none."""
+    example = read_sections(path).get('example')
+    if example is None:
+        return 'none'
+    session = Session(program, typed_lines(example))
+    if session.failed:
+        print('fails: ' + os.path.relpath(path))
+    if session.lines == example:
+        return 'kept'
+    replace_example(path, session.lines)
+    return 'changed'
 
 
 def main(arguments):

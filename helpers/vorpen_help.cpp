@@ -263,9 +263,7 @@ std::string pageOf(const Topic& topic, const Library& library, bool detailed) {
             page.paragraphs(library.note(group).lines("about"));
         }
     }
-    // An example whose output is not known yet shows what can be typed.
-    const auto& example = topic.lines("example");
-    writeExample(page, example.empty() ? topic.lines("example pending") : example);
+    writeExample(page, topic.lines("example"));
     writeSeeAlso(page, words(topic.line("see")));
     return page.text();
 }

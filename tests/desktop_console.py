@@ -29,6 +29,7 @@ class Console(desktop_harness.DesktopTest):
         os.symlink(os.path.join(os.path.dirname(built), 'share'), os.path.join(self.desktop.home, 'program', 'share'))
 
     def start(self, *arguments, **options):
+        self.desktop.end_programs()
         self.program = self.desktop.run(os.path.join(self.folder, 'vorpen'), *arguments, **options)
         self.window = self.desktop.window(TITLE)
         self.desktop.focus(self.window)
@@ -126,7 +127,7 @@ class Console(desktop_harness.DesktopTest):
         self.until_row(4, GREEN, 'the prompt behind the line typed meanwhile')
 
     def test_closing_ends_what_runs(self):
-        for line in ('while 1 { }', 'pause(1e6)', 's=getline()', 'k=getch'):
+        for line in ('while 1 { }', 'pause(1e6)', 's=getline("?")', 'k=getch'):
             self.start()
             self.desktop.type('v=5; %s\n' % line)
             self.desktop.until(lambda: self.row(0).count(BLUE) > 20, 'the echo')

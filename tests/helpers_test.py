@@ -24,7 +24,7 @@ BY_HAND = {'messageBox', 'getclick', 'getline', 'getpixel', 'loadBitmap', 'creat
 # These show how something fails.
 FAILING = {'assert', 'error', 'save', 'isdefined'}
 SECTIONS = {'topic', 'title', 'forms', 'about', 'arguments', 'result', 'fails', 'group', 'more', 'example',
-            'example pending', 'example by hand', 'see'}
+            'example by hand', 'see'}
 
 
 class InFolder(unittest.TestCase):
@@ -191,28 +191,19 @@ class Texts(unittest.TestCase):
                 self.assertTrue(os.path.exists(note), path)
 
     def test_examples_show_what_is_written(self):
-        """Functions that are not there yet are passed over."""
-        pending = []
         for path in topic_files():
             sections = read_sections(path)
             names = set(sections['topic'][0].split())
             if 'example by hand' in sections:
                 self.assertTrue(names & BY_HAND, path)
                 continue
-            example = sections.get('example') or sections.get('example pending')
+            example = sections.get('example')
             if not example:
                 continue
             session = Session(PROGRAM, typed_lines(example))
-            if not session.available:
-                continue
-            if 'example pending' in sections:
-                pending.append(path)
-                continue
             with self.subTest(path):
                 self.assertEqual(folded(session.lines), folded(example))
                 self.assertTrue(not session.failed or names & FAILING, 'the example fails')
-        if pending:
-            print('%d examples can be given their output now: run helpers/update_examples.py' % len(pending))
 
 
 def table_of(name):

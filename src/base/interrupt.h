@@ -9,7 +9,9 @@
 // begin, array kernels from block to block. The wish to end stays up until the
 // run is over, so that no method that tries again after a failure goes on.
 
+#include <algorithm>
 #include <atomic>
+#include <cstdint>
 
 namespace vorpen {
 
@@ -45,6 +47,18 @@ void attend();
 inline void checkInterrupt() {
     if (isAttentionWanted()) [[unlikely]]
         attend();
+}
+
+/// Calls work(begin, end) on consecutive pieces of 0 to n, each of a few
+/// milliseconds at most, with a place where the run may end before each. What
+/// the work has done up to there stays done.
+template <class Work>
+void inRounds(std::int64_t n, Work work) {
+    constexpr std::int64_t round = std::int64_t{1} << 18;
+    for (std::int64_t begin = 0; begin < n; begin += round) {
+        checkInterrupt();
+        work(begin, std::min(n, begin + round));
+    }
 }
 
 }  // namespace vorpen

@@ -5,6 +5,7 @@
 #include <numeric>
 #include <vector>
 
+#include "base/interrupt.h"
 #include "builtins/arguments.h"
 #include "builtins/function_arguments.h"
 #include "builtins/reduction_bodies.h"
@@ -258,7 +259,9 @@ void runningSum(const Value& v, DoubleValue& out) {
     const DoubleValue& x = asDoubles(v, scratch);
     out.setSizeShapeMark(x.size(), x.nrow(), x.mark());
     double total = 0;
-    for (int i = 0; i < x.size(); ++i) out[i] = total += x[i];
+    inRounds(x.size(), [&, from = x.data(), to = out.data()](std::int64_t begin, std::int64_t end) {
+        for (std::int64_t i = begin; i < end; ++i) to[i] = total += from[i];
+    });
 }
 
 void reverse(const Value& v, DoubleValue& out) {

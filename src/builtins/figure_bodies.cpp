@@ -5,6 +5,7 @@
 #include <array>
 #include <optional>
 
+#include "base/interrupt.h"
 #include "builtins/engine_context.h"
 #include "builtins/figure_waiting.h"
 #include "builtins/plot_arguments.h"
@@ -198,6 +199,23 @@ double updateFigure() {
     figure.drawAll();
     serveFigureEvents();
     return 1;
+}
+
+void shakeFigure(std::span<FuncArgument>, ExtraOutputs, Value& out) {
+    constexpr int rounds = 500;
+    constexpr double pixels = 10;
+    const int number = requireFigure("debugtest").number();
+    for (int round = 0; round < rounds; ++round) {
+        checkInterrupt();
+        // An event may have closed it.
+        Figure* figure = figureList().find(number);
+        if (!figure) break;
+        const std::vector<double> place = figure->placeOnScreen();
+        const double step = round % 2 == 0 ? pixels : -pixels;
+        figure->position(place[0] + step, place[2], place[1] - place[0], place[3] - place[2]);
+        serveFigureEvents();
+    }
+    out.assignDouble(1);
 }
 
 int setGrid(int lines) {

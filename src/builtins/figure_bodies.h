@@ -20,6 +20,9 @@ double fixFrame();
 double unfixFrame();
 /// Shows what has been drawn and serves the figure's events.
 double updateFigure();
+/// Moves the current figure's window back and forth for a while; for the
+/// development of windows.
+void shakeFigure(std::span<FuncArgument> arguments, ExtraOutputs, Value& out);
 /// Grid lines on both axes when above 0.
 int setGrid(int lines);
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <utility>
 #include <vector>
 
 #include "base/number_text.h"
@@ -73,6 +74,16 @@ void assertTrue(std::span<FuncArgument> arguments, ExtraOutputs, Value& out) {
         raiseRuntimeError("assertion failed");
     }
     makeEmpty(out);
+}
+
+void switchBreakpoints(std::span<FuncArgument> arguments, ExtraOutputs, Value& out) {
+    bool on = true;
+    if (!arguments.empty()) {
+        const Value& wish = argumentValue(arguments[0]);
+        Require(wish.size() == 1 && wish.isNumericKind(), "non-scalar argument", "debug");
+        on = wish.doubleValue() != 0;
+    }
+    out.assignInt(std::exchange(engineContext().debugEnabled, on));
 }
 
 void fail(const Value& text, const DoubleValue* name, Value&) {

@@ -15,6 +15,9 @@ void display(std::span<FuncArgument> arguments, ExtraOutputs, Value& out);
 /// (condition, text): fails with the text, or "assertion failed", unless all
 /// elements of the condition are non-zero; the result is empty.
 void assertTrue(std::span<FuncArgument> arguments, ExtraOutputs, Value& out);
+/// Switches breakpoints on or off for what is compiled from now on, and
+/// answers what was before.
+void switchBreakpoints(std::span<FuncArgument> arguments, ExtraOutputs, Value& out);
 /// Fails with the text, or with "in NAME: TEXT".
 void fail(const Value& text, const DoubleValue* name, Value& out);
 /// One value to each target; all values are taken before any is stored.

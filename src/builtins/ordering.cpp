@@ -10,6 +10,7 @@
 #include <tuple>
 #include <utility>
 
+#include "base/interrupt.h"
 #include "values/buffer.h"
 
 // Long arrays are sorted by the upper half of their bit patterns first: three
@@ -88,21 +89,25 @@ std::size_t digitOf(std::uint64_t key, int shift) { return key >> shift & (bucke
 template <class Position>
 Half<Position> sortByDigits(Half<Position> present, Half<Position> other, std::size_t n, int lowestShift) {
     std::array<std::array<std::uint32_t, buckets>, digitsOfHalf> counts{};
-    for (std::size_t i = 0; i < n; ++i)
-        for (int d = 0; d < digitsOfHalf; ++d)
-            ++counts[d][digitOf(present.keys[i], lowestShift + d * digitBits)];
+    inRounds(static_cast<std::int64_t>(n), [&](std::int64_t begin, std::int64_t end) {
+        for (std::int64_t i = begin; i < end; ++i)
+            for (int d = 0; d < digitsOfHalf; ++d)
+                ++counts[d][digitOf(present.keys[i], lowestShift + d * digitBits)];
+    });
     for (int d = 0; d < digitsOfHalf; ++d) {
         const int shift = lowestShift + d * digitBits;
         auto& places = counts[d];
         // A digit that all keys share would move nothing.
         if (places[digitOf(present.keys[0], shift)] == n) continue;
         std::exclusive_scan(places.begin(), places.end(), places.begin(), std::uint32_t{0});
-        for (std::size_t i = 0; i < n; ++i) {
-            const std::uint64_t key = present.keys[i];
-            const std::uint32_t to = places[digitOf(key, shift)]++;
-            other.keys[to] = key;
-            if constexpr (hasPositions<Position>) other.positions[to] = present.positions[i];
-        }
+        inRounds(static_cast<std::int64_t>(n), [&](std::int64_t begin, std::int64_t end) {
+            for (std::int64_t i = begin; i < end; ++i) {
+                const std::uint64_t key = present.keys[i];
+                const std::uint32_t to = places[digitOf(key, shift)]++;
+                other.keys[to] = key;
+                if constexpr (hasPositions<Position>) other.positions[to] = present.positions[i];
+            }
+        });
         std::swap(present, other);
     }
     return present;
@@ -162,7 +167,12 @@ template <class Position>
 Half<Position> sortKeys(Half<Position> keys, Half<Position> room, std::size_t n) {
     const Half<Position> sorted = sortByDigits(keys, room, n, upperShift);
     const Half<Position> other = sorted.keys == keys.keys ? room : keys;
-    for (std::size_t first = 0; first < n;) {
+    constexpr std::size_t keysAtOnce = 1 << 18;
+    for (std::size_t first = 0, look = 0; first < n;) {
+        if (first >= look) {
+            checkInterrupt();
+            look = first + keysAtOnce;
+        }
         const std::uint64_t upper = sorted.keys[first] >> upperShift;
         std::size_t end = first + 1;
         while (end < n && sorted.keys[end] >> upperShift == upper) ++end;
@@ -190,13 +200,35 @@ void sortAscending(std::span<double> items) {
     }
     const Room<std::uint64_t> keys(n), room(n);
     std::vector<bool> negativeZeros;
-    for (std::size_t i = 0; i < n; ++i) {
-        if (items[i] == 0) negativeZeros.push_back(std::signbit(items[i]));
-        keys.data()[i] = orderedBits(items[i]);
-    }
+    inRounds(static_cast<std::int64_t>(n), [&](std::int64_t begin, std::int64_t end) {
+        for (std::int64_t i = begin; i < end; ++i) {
+            if (items[i] == 0) negativeZeros.push_back(std::signbit(items[i]));
+            keys.data()[i] = orderedBits(items[i]);
+        }
+    });
     const auto sorted = sortKeys<NoPosition>({keys.data(), nullptr}, {room.data(), nullptr}, n);
     std::transform(sorted.keys, sorted.keys + n, items.begin(), fromOrderedBits);
     restoreZeroSigns(items, negativeZeros);
+}
+
+/// The 32 bits of an integer lie in the upper half of a key, so its digits are
+/// all that there is to sort.
+void sortAscending(std::span<int> items) {
+    const std::size_t n = items.size();
+    if (n < radixThreshold) {
+        std::ranges::sort(items);
+        return;
+    }
+    constexpr int place = 32;
+    constexpr std::uint32_t sign = std::uint32_t{1} << 31;
+    const Room<std::uint64_t> keys(n), room(n);
+    inRounds(static_cast<std::int64_t>(n), [&](std::int64_t begin, std::int64_t end) {
+        for (std::int64_t i = begin; i < end; ++i)
+            keys.data()[i] = std::uint64_t{static_cast<std::uint32_t>(items[i]) ^ sign} << place;
+    });
+    const auto sorted = sortByDigits<NoPosition>({keys.data(), nullptr}, {room.data(), nullptr}, n, upperShift);
+    std::transform(sorted.keys, sorted.keys + n, items.begin(),
+                   [](std::uint64_t key) { return static_cast<int>(static_cast<std::uint32_t>(key >> place) ^ sign); });
 }
 
 std::vector<std::uint32_t> sortingOrder(std::span<const double> items) {
@@ -208,7 +240,9 @@ std::vector<std::uint32_t> sortingOrder(std::span<const double> items) {
         return positions;
     }
     const Room<std::uint64_t> keys(n), room(n);
-    std::ranges::transform(items, keys.data(), orderedBits);
+    inRounds(static_cast<std::int64_t>(n), [&](std::int64_t begin, std::int64_t end) {
+        std::transform(items.data() + begin, items.data() + end, keys.data() + begin, orderedBits);
+    });
     std::vector<std::uint32_t> otherPositions(n);
     const auto sorted = sortKeys<std::uint32_t>({keys.data(), positions.data()},
                                                 {room.data(), otherPositions.data()}, n);

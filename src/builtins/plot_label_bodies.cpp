@@ -83,8 +83,9 @@ private:
         const std::int32_t id = wholeNumber(x_);
         Frame& frame = attributed("text", [&]() -> Frame& { return requireFigure("text").idToFrame(id); });
         Require(frame.changeStyle(id, StyleChange::Text, words_), "failed", "text");
-        if (auto* label = frame.findItem<TextLabel>(ItemId::of(id).item)) {
-            if (placementIsGiven_) label->alignment = TextAlignment::of(placement_);
+        const int index = ItemId::of(id).item;
+        if (auto* label = frame.findItem<TextLabel>(index)) {
+            if (placementIsGiven_) frame.alignText(index, TextAlignment::of(placement_));
             if (styleIsGiven_) label->changeStyle(style_);
             if (placementIsGiven_ || styleIsGiven_) frame.redraw();
         }

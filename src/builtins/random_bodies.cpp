@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "base/interrupt.h"
 #include "builtins/arguments.h"
 #include "numerics/random.h"
 
@@ -27,6 +28,13 @@ void shapeRandom(Value& out, std::span<const double> sizes) {
         shapeResult(out, first, second);
 }
 
+template <class Out, class Draw>
+void drawItems(Out& out, Draw draw) {
+    inRounds(out.size(), [&](std::int64_t begin, std::int64_t end) {
+        std::generate(out.data() + begin, out.data() + end, draw);
+    });
+}
+
 /// Draws an array for [parameter], [parameter, n] or [parameter, rows,
 /// columns]; `makeDraw` gets the parameter and answers what draws one element.
 template <class Out, class MakeDraw>
@@ -37,7 +45,7 @@ void drawArray(const Value& v, Out& out, MakeDraw makeDraw) {
     Require(x.size() <= 3, tooMany, tooManyContext);
     const auto draw = makeDraw(x[0]);
     shapeRandom(out, x.items().subspan(1));
-    std::ranges::generate(out.items(), draw);
+    drawItems(out, draw);
 }
 
 }  // namespace
@@ -55,7 +63,7 @@ void uniformArray(const Value& sizes, DoubleValue& out) {
     if (x.isEmpty()) return makeEmpty(out);
     Require(x.size() <= 2, tooMany, tooManyContext);
     shapeRandom(out, x.items());
-    std::ranges::generate(out.items(), [&source = randomSource()] { return source.uniform(); });
+    drawItems(out, [&source = randomSource()] { return source.uniform(); });
 }
 
 void exponentialArray(const Value& v, DoubleValue& out) {

@@ -6,9 +6,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <vector>
 
 #include "base/multiversion.h"
 #include "base/output.h"
+#include "base/parallel.h"
 #include "builtins/arguments.h"
 #include "numerics/simpson.h"
 
@@ -64,11 +66,22 @@ double smallestOf(double start, const double* x, std::int64_t n) {
 
 using Extreme = double (*)(double start, const double* x, std::int64_t n);
 
+/// The same, in pieces by several threads where there are many numbers.
+double extremeOfPieces(Extreme extreme, double start, const double* x, std::int64_t n) {
+    constexpr std::int64_t grain = 1 << 16;
+    if (n < parallelThreshold) return extreme(start, x, n);
+    std::vector<double> best((n + grain - 1) / grain, start);
+    parallelFor(n, grain, [&](std::int64_t begin, std::int64_t end) {
+        best[begin / grain] = extreme(start, x + begin, end - begin);
+    });
+    return extreme(start, best.data(), static_cast<std::int64_t>(best.size()));
+}
+
 /// Position from 0 of the first extreme of a double vector that is not empty.
 /// A NaN in front compares false with everything and stays.
 int firstPosition(const DoubleValue& v, Extreme extreme) {
     if (std::isnan(v[0])) return 0;
-    const double best = extreme(v[0], v.data(), v.size());
+    const double best = extremeOfPieces(extreme, v[0], v.data(), v.size());
     return static_cast<int>(std::find(v.data(), v.data() + v.size(), best) - v.data());
 }
 
@@ -85,7 +98,7 @@ double extremeOf(const Value& v, Extreme extreme) {
     if (v.isEmpty()) return 0;
     DoubleValue scratch;
     const DoubleValue& x = asDoubles(v, scratch);
-    const double best = extreme(x[0], x.data(), x.size());
+    const double best = extremeOfPieces(extreme, x[0], x.data(), x.size());
     // Zeros of both signs are equal, and the first one counts.
     return best == 0 ? x[firstPosition(x, extreme)] : best;
 }

@@ -54,37 +54,6 @@ struct GeneralRow {
 
 constexpr int noLimit = -1;
 
-/// A name that a template can be made for.
-template <std::size_t N>
-struct Name {
-    char text[N];
-    consteval Name(const char (&literal)[N]) { std::copy_n(literal, N, text); }
-    [[nodiscard]] constexpr std::string_view view() const { return {text, N - 1}; }
-};
-
-[[noreturn]] void raiseNotAvailable(std::string_view name) {
-    raiseRuntimeError(std::string(name) + " is not available yet");
-}
-
-/// The body of a function that is not there yet.
-template <Name name, class Body>
-struct Absent;
-template <Name name, class Result, class... Arguments>
-struct Absent<name, Result (*)(Arguments...)> {
-    static Result body(Arguments...) { raiseNotAvailable(name.view()); }
-};
-
-template <Name name, class Body, unsigned traits = NO_TRAIT>
-constexpr Row<Body> absent{name.view(), Absent<name, Body>::body, NOT_AVAILABLE | traits};
-
-template <Name name, class Body, unsigned traits = NO_TRAIT>
-constexpr Row<BuiltinBody> absentOf{name.view(), BuiltinBody(Absent<name, Body>::body), NOT_AVAILABLE | traits};
-
-template <Name name>
-constexpr GeneralRow absentGeneral(int minArgs, int maxArgs, unsigned traits = NO_TRAIT) {
-    return {name.view(), Absent<name, GeneralBody>::body, minArgs, maxArgs, NOT_AVAILABLE | traits};
-}
-
 // ---- the tables; the order of the rows is the index
 
 // clang-format off
@@ -345,7 +314,7 @@ constexpr GeneralRow generalTable[] = {
     {"ylabel", builtin::labelY, 1, 2},
     {"fill", builtin::fill, 2, noLimit},
     {"assert", builtin::assertTrue, 1, noLimit},
-    absentGeneral<"debug">(0, noLimit),
+    {"debug", builtin::switchBreakpoints, 0, noLimit},
     {"createButton", builtin::createButton, 1, 3},
     {"menu", builtin::createMenus, 2, 2, ANY_ARGUMENT},
     {"dispfile", builtin::showFile, 1, 2},
@@ -361,7 +330,7 @@ constexpr GeneralRow generalTable[] = {
     {"load", builtin::loadTable, 1, 2},
     {"qload", builtin::loadValue, 1, 1, TYPED_BY_FILE},
     {"slf", builtin::straightLineFit, 2, 4},
-    absentGeneral<"debugtest">(0, noLimit),
+    {"debugtest", builtin::shakeFigure, 0, noLimit},
     {"property", builtin::property, 2, 3, WORD_FORM},
     {"$multiassign", builtin::assignEach, 1, noLimit},
     {"fzero", builtin::fzero, 1, 5, KEEPS_RESULT},

@@ -48,7 +48,6 @@ enum BuiltinTrait : unsigned {
     EMPTY_ARGUMENT = 8,   ///< standing alone it is called with the empty array
     END_OF_INDEX = 16,    ///< `end`, which the parser deals with
     THREAD_SAFE = 32,     ///< plain arithmetic that may run on worker threads
-    NOT_AVAILABLE = 64,   ///< the body only says that it is not there yet
     TYPED_BY_FILE = 128,  ///< the value in the file of that name tells the type of the result
     KEEPS_RESULT = 256,   ///< may leave its result as it finds it
     PURE = 512,           ///< reads its arguments, which it checks first, and writes a result no larger
@@ -67,7 +66,6 @@ struct BuiltinInfo {
 
     [[nodiscard]] constexpr bool has(BuiltinTrait trait) const { return (traits & trait) != 0; }
     [[nodiscard]] constexpr bool anyArgument() const { return has(ANY_ARGUMENT); }
-    [[nodiscard]] constexpr bool isAvailable() const { return !has(NOT_AVAILABLE); }
 };
 
 /// The row of a name, or null. Names are case-sensitive.

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "base/interrupt.h"
 #include "builtins/arguments.h"
 #include "builtins/ordering.h"
 #include "numerics/random.h"
@@ -96,10 +97,12 @@ std::int64_t randomBelow(std::int64_t range) {
 /// Knuth, The Art of Computer Programming, volume 2 (1997), section 3.4.2.
 template <class T>
 void permuteAtRandom(T* items, std::int64_t n) {
-    for (std::int64_t i = 1; i < n; ++i) {
-        const std::int64_t j = randomBelow(i + 1);
-        if (i != j) std::swap(items[i], items[j]);
-    }
+    inRounds(n, [items](std::int64_t begin, std::int64_t end) {
+        for (std::int64_t i = std::max<std::int64_t>(begin, 1); i < end; ++i) {
+            const std::int64_t j = randomBelow(i + 1);
+            if (i != j) std::swap(items[i], items[j]);
+        }
+    });
 }
 
 const DoubleValue& secondArgument(const DoubleValue* second) {
@@ -117,8 +120,11 @@ std::vector<double> merge(const DoubleValue& a, const DoubleValue& b, Selection 
     const auto keep = [&](double x) {
         if (!selection.eachOnce || kept.empty() || kept.back() != x) kept.push_back(x);
     };
+    constexpr unsigned stepsAtOnce = 1 << 18;
+    unsigned steps = 0;
     int i = 0, j = 0;
     while (i < a.size() || j < b.size()) {
+        if (++steps % stepsAtOnce == 0) checkInterrupt();
         if (i < a.size() && j < b.size() && a[i] == b[j]) {
             if (selection.common) keep(a[i]);
             ++i, ++j;
@@ -164,7 +170,7 @@ void sort(const Value& v, const DoubleValue* column, Value& result) {
     Require(!column || column->isScalar(), "invalid column number (not a scalar)", "sort");
     if (result.valueType() == INTEGER_VAL && v.valueType() == INTEGER_VAL && !column) {
         result.copyFrom(v);
-        std::ranges::sort(asInt(result).items());
+        sortAscending(asInt(result).items());
         return;
     }
     DoubleValue& out = doubleResult(result, "sort");

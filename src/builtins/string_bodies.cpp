@@ -107,12 +107,54 @@ Pieces splitAtSeparator(std::string_view text, char separator, std::optional<cha
     return pieces;
 }
 
-/// Appends the elements of a numeric value, truncated to integers.
+/// Appends the elements of a numeric value, truncated to integers. Most are the
+/// few codes of a word, for which a call of the library's copy is a detour.
 void appendTruncated(const Value& v, int*& to) {
     if (v.valueType() == INTEGER_VAL)
-        to = std::ranges::copy(asInt(v).items(), to).out;
+        for (const int code : asInt(v).items()) *to++ = code;
     else
         to = std::ranges::transform(asDouble(v).items(), to, truncateToInt).out;
+}
+
+/// The elements of many values, one behind the other. Each value is looked at
+/// once only, since to fetch it is most of the work for a word; so the room is
+/// guessed, and grows where the guess was too low.
+class JoinedCodes {
+public:
+    explicit JoinedCodes(std::int64_t expected) {
+        codes_.setSize(std::clamp<std::int64_t>(expected, 0, maxElements));
+        to_ = codes_.data();
+    }
+    void append(const Value& v) {
+        if (const std::int64_t needed = used() + v.size(); needed > codes_.size()) grow(needed);
+        appendTruncated(v, to_);
+    }
+    /// The result with a mark.
+    IntValue finish(int mark) {
+        const std::int64_t count = used();
+        codes_.resize(count);
+        codes_.setSizeShapeMark(count, count > 0 ? 1 : 0, mark);
+        return std::move(codes_);
+    }
+
+private:
+    [[nodiscard]] std::int64_t used() const { return to_ - codes_.data(); }
+    void grow(std::int64_t needed) {
+        const std::int64_t before = used();
+        codes_.resize(std::max(needed, std::min(2 * before, maxElements)));
+        to_ = codes_.data() + before;
+    }
+    IntValue codes_;
+    int* to_;
+};
+
+/// About how many elements the items have, from a few of them.
+std::int64_t guessedElements(const ListValue& list) {
+    constexpr int looks = 64;
+    const int step = std::max(list.size() / looks, 1);
+    std::int64_t seen = 0, elements = 0;
+    for (int i = 0; i < list.size(); i += step, ++seen) elements += list[i].itemSize();
+    return seen > 0 ? elements * list.size() / seen * 17 / 16 : 0;
 }
 
 /// The form of a row of truncated elements: keys do not survive truncation,
@@ -274,22 +316,17 @@ void join(std::span<FuncArgument> arguments, ExtraOutputs, Value& result) {
     const auto& list = static_cast<const ListValue&>(v);
     const Value* between = arguments.size() > 1 ? &argumentValue(arguments[1]) : nullptr;
     Require(!between || between->valueType() <= DOUBLE_VAL, "invalid argument type");
-    std::int64_t total = between && list.size() > 1 ? std::int64_t{between->size()} * (list.size() - 1) : 0;
-    for (const ListItem& item : list.items()) {
-        Require(item.get() != nullptr, "invalid argument");
-        Require(item.get()->isNumericKind(), "join not yet implemented for nested lists");
-        Require(item.get()->valueType() <= DOUBLE_VAL, "invalid argument type");
-        total += item.itemSize();
-    }
-    IntValue out;
-    shapeResult(out, total > 0 ? 1 : 0, total);
-    if (!list.isEmpty()) out.setMark(truncatedForm(*list[0].get()));
-    int* to = out.data();
+    const std::int64_t separators = between ? std::int64_t{between->size()} * list.size() : 0;
+    JoinedCodes codes(guessedElements(list) + separators);
     for (int i = 0; i < list.size(); ++i) {
-        if (i > 0 && between) appendTruncated(*between, to);
-        appendTruncated(*list[i].get(), to);
+        const Value* const item = list[i].get();
+        Require(item != nullptr, "invalid argument");
+        Require(item->isNumericKind(), "join not yet implemented for nested lists");
+        Require(item->valueType() <= DOUBLE_VAL, "invalid argument type");
+        if (i > 0 && between) codes.append(*between);
+        codes.append(*item);
     }
-    asInt(result).adopt(std::move(out));
+    asInt(result).adopt(codes.finish(list.isEmpty() ? int{FORM_NUMERIC} : truncatedForm(*list[0].get())));
 }
 
 void pad(std::span<FuncArgument> arguments, ExtraOutputs, Value& result) {

@@ -38,18 +38,18 @@ enum ConsoleCommand : int {
 
 enum class CommandAction {
     nothing,
-    typeText,        ///< types `text` and a carriage return
-    paste,           ///< the clipboard into the input line
-    copy,            ///< the selected lines to the clipboard
-    execute,         ///< runs the input line
-    runClipboard,    ///< runs the clipboard's text
-    execClipboard,   ///< the same if there is one, and back to the input line
-    again,           ///< runs the last line again
+    typeText,       ///< types `text` and a carriage return
+    paste,          ///< the clipboard into the input line
+    copy,           ///< the selected lines to the clipboard
+    execute,        ///< runs the input line
+    runClipboard,   ///< runs the clipboard's text
+    execClipboard,  ///< the same if there is one, and back to the input line
+    again,          ///< runs the last line again
     clearClipboard,
-    abort,           ///< ends what runs
-    zoom,            ///< multiplies the font's size by `factor`
+    abort,  ///< ends what runs
+    zoom,   ///< multiplies the font's size by `factor`
     close,
-    launch,          ///< opens a second console
+    launch,  ///< opens a second console
     about,
 };
 

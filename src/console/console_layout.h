@@ -48,7 +48,9 @@ struct ScrollState {
     /// Takes the size of the client area.
     void resize(int width, int clientBottom);
     /// The position at which the end of so many lines is in sight.
-    [[nodiscard]] std::int64_t endPosition(std::int64_t total) const { return total > rows ? total - rows : 0; }
+    [[nodiscard]] std::int64_t endPosition(std::int64_t total) const {
+        return total > rows ? total - rows : 0;
+    }
     /// The y of a row, from the top of the pane.
     [[nodiscard]] std::int64_t yOfRow(std::int64_t row) const { return lineHeight * row + 1; }
     /// The session number of the line at a y of the client area.

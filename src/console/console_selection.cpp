@@ -77,7 +77,8 @@ std::string ConsoleSelection::copySelection(const ConsoleText& text) const {
     // Lines that are overwritten by now are empty, however many were selected.
     const std::int64_t first = std::max(firstLine_, text.currentLine() - ConsoleText::ringSize);
     if (!highlighted_) return copied;
-    for (std::int64_t n = first; n < lastLine_; ++n) copied += commandOfLine(plainText(text.getLine(n))) + "\r\n";
+    for (std::int64_t n = first; n < lastLine_; ++n)
+        copied += commandOfLine(plainText(text.getLine(n))) + "\r\n";
     return copied;
 }
 

@@ -21,8 +21,8 @@ constexpr int leastWrapWidth = 20;
 constexpr std::size_t mostKeptKeys = 100000, mostKeptLines = 1000;
 
 int asInt(std::int64_t value) {
-    return static_cast<int>(std::clamp<std::int64_t>(value, std::numeric_limits<int>::min(),
-                                                     std::numeric_limits<int>::max()));
+    return static_cast<int>(
+        std::clamp<std::int64_t>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
 }
 
 }  // namespace
@@ -39,8 +39,8 @@ public:
         const std::int64_t shifted = std::int64_t{x} - std::int64_t{shift_} * charWidth_;
         const std::int64_t hidden = shifted < left_ ? (left_ - shifted + charWidth_ - 1) / charWidth_ : 0;
         if (hidden >= static_cast<std::int64_t>(text.size())) return;
-        surface_.drawText(asInt(shifted + hidden * charWidth_), y, text.substr(static_cast<std::size_t>(hidden)),
-                          colour);
+        surface_.drawText(asInt(shifted + hidden * charWidth_), y,
+                          text.substr(static_cast<std::size_t>(hidden)), colour);
     }
 
 private:
@@ -87,7 +87,9 @@ void GuiClass::fitConsole() {
 
 // ---- painting
 
-std::int64_t GuiClass::totalLines() const { return text_.currentLine() + (text_.currentText().empty() ? 0 : 1); }
+std::int64_t GuiClass::totalLines() const {
+    return text_.currentLine() + (text_.currentText().empty() ? 0 : 1);
+}
 
 std::pair<std::int64_t, std::size_t> GuiClass::printed() const {
     return {text_.currentLine(), text_.currentText().size()};
@@ -180,8 +182,14 @@ RowRange GuiClass::scrollBy(std::int64_t n) {
     scroll_.position -= n;
     updateScrollBar();
     const int top = scroll_.rect.y, bottom = scroll_.rect.y + scroll_.rect.height;
+    // Below the last whole row there is nothing, before and after; the input
+    // line, which reaches into the pane there, does not move.
+    const int belowRows = asInt(stripHeight + scroll_.yOfRow(scroll_.rows));
+    view_.eraseBelow(belowRows);
     if (!view_.scroll(scroll_.rect, pixels)) return {0, scroll_.rows + 1};
-    return pixels > 0 ? exposedRows(scroll_, top, top + pixels) : exposedRows(scroll_, bottom + pixels, bottom);
+    view_.eraseBelow(belowRows);
+    return pixels > 0 ? exposedRows(scroll_, top, top + pixels)
+                      : exposedRows(scroll_, bottom + pixels, bottom);
 }
 
 void GuiClass::onVScroll(ScrollAction action, std::int64_t track) {
@@ -199,7 +207,8 @@ void GuiClass::onVScroll(ScrollAction action, std::int64_t track) {
     }
     const RowRange exposed = scrollBy(delta);
     // The input line has to follow a text that ends in sight.
-    const bool endsInSight = scroll_.endPosition(totalLines()) <= scroll_.position || textEnd_ <= scroll_.rect.height;
+    const bool endsInSight =
+        scroll_.endPosition(totalLines()) <= scroll_.position || textEnd_ <= scroll_.rect.height;
     if (exposed.count() != 1 || endsInSight) {
         view_.invalidate();
         return;
@@ -229,7 +238,8 @@ void GuiClass::placeCaretByMouse(int x) {
 void GuiClass::onLDown(int x, int y) {
     leftIsDown_ = true;
     pressedHotWord_ = false;
-    if (!view_.takeFocus(true)) text_.print("?bug: SetFocus failed in GuiClass::onLDown", true, PrintMode::markup);
+    if (!view_.takeFocus(true))
+        text_.print("?bug: SetFocus failed in GuiClass::onLDown", true, PrintMode::markup);
     if (isOnInputLine(y)) {
         selection_.clearHotWord();
         placeCaretByMouse(x);

@@ -208,7 +208,7 @@ private:
     bool linePosted_ = false;
     bool postWasDropped_ = false;  ///< its command came while another console computed
     std::deque<Key> keptKeys_;
-    std::deque<std::string> keptLines_;  ///< typed by menus of figures
+    std::deque<std::string> keptLines_;    ///< typed by menus of figures
     std::optional<std::string> setAside_;  ///< what the user was typing
     Reading reading_ = Reading::nothing;
     std::optional<std::string> readLine_;

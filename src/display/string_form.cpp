@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "base/errors.h"
+#include "base/interrupt.h"
 #include "values/key_text.h"
 #include "values/mathmatrix.h"
 
@@ -12,6 +13,9 @@ namespace {
 
 /// Nobody reads a line of more columns.
 constexpr int mostColumns = 100;
+
+/// Rows of a column that are made before a look whether they are still wanted.
+constexpr int rowsAtOnce = 4096;
 
 /// How many of n are wanted under a limit, where 0 is none; a single one is
 /// not left out.
@@ -105,6 +109,7 @@ std::vector<std::string> numberRows(const Value& value, int precision, int group
     std::string text;
     for (int c = 0; c < columns; ++c) {
         for (const int r : rows) {
+            if (r % rowsAtOnce == 0) checkInterrupt();
             value.stringItem(text, c * value.nrow() + r, precision);
             texts.add(text);
             widths[c] = std::max(widths[c], static_cast<int>(text.size()));

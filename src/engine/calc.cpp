@@ -88,7 +88,8 @@ Calc::Calc(Host& host, bool isSecondary, const Directories& directories)
       symbols_(functions_),
       resources_(symbols_, input_),
       compiler_(symbols_, input_),
-      events_(functions_, host_) {
+      events_(functions_, host_),
+      debugger_(host_) {
     context_.host = &host_;
     context_.paths = &paths_;
     context_.evaluateText = [this](const std::string& text, DoubleValue& out) { evaluateText(text, out); };
@@ -146,6 +147,8 @@ void Calc::connect() {
     setConsole(&console_);
     setEngineContext(&context_);
     runState().useAnswer(&answer_);
+    runState().breakHandler = &debugger_;
+    runState().debugStepping = debugger_.isStepping();
     interaction().setTarget(&events_);
 }
 
@@ -221,6 +224,7 @@ bool Calc::runInput() {
     // whoever waits for the next input forgets it.
     runState().start();
     runState().forgetNotedLine();
+    debugger_.beginRun();
     try {
         if (const StatementPtr statement = compileInput()) statement->exe();
         checkInterrupt();

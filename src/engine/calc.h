@@ -24,6 +24,7 @@
 #include "builtins/engine_context.h"
 #include "console/command_history.h"
 #include "console/console_text.h"
+#include "engine/debugger.h"
 #include "engine/event_functions.h"
 #include "eval/last_answer.h"
 #include "eval/user_func.h"
@@ -77,6 +78,7 @@ public:
     [[nodiscard]] UserFunctionTable& functions() { return functions_; }
     [[nodiscard]] ResourceFunctions& resources() { return resources_; }
     [[nodiscard]] EventFunctions& events() { return events_; }
+    [[nodiscard]] Debugger& debugger() { return debugger_; }
 
     /// Saves what the end of a primary engine saves, for a program that cannot
     /// wait for that end. Nothing happens in a secondary one.
@@ -112,6 +114,7 @@ private:
     ResourceFunctions resources_;
     StatementCompiler compiler_;
     EventFunctions events_;
+    Debugger debugger_;
     LastAnswer answer_;
     EngineContext context_;
     std::string pendingFailure_;  ///< of a script that could not be begun

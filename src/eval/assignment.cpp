@@ -37,6 +37,38 @@ void join(DoubleValue& target, const DoubleValue& value, char side) {
     dropBrokenPlanes(target);
 }
 
+/// The most frequent join: one number behind a row or below a column, which
+/// needs no array of its own: two thirds of the time of a loop that grows an
+/// array went into that. False, with nothing done, for any other join.
+bool joinNumber(DoubleValue& target, double x, char side) {
+    const int size = target.size();
+    const bool isLine = side == 'C' ? target.nrow() == 1 : target.nrow() == size;
+    if (size == 0 || !isLine || target.form() == FORM_3D) return false;
+    target.resize(std::int64_t{size} + 1);
+    target[size] = x;
+    target.setNrow(side == 'C' ? 1 : size + 1);
+    return true;
+}
+
+/// Joins a right side of any shape.
+[[gnu::noinline]] void joinAny(DoubleValue& target, Evaluatable& rhs, int rhsType, char side) {
+    if (rhsType == INTEGER_VAL) {
+        IntValue integers;
+        const Outcome outcome = rhs.evaluate(&integers);
+        if (outcome.isScalar()) {
+            DoubleValue value;
+            storeNumber(value, outcome.number, outcome.mark());
+            join(target, value, side);
+        } else {
+            join(target, DoubleValue(asInt(*outcome.value())), side);
+        }
+        return;
+    }
+    DoubleValue workspace;
+    const Outcome outcome = rhs.evaluate(&workspace);
+    join(target, asDouble(*valueOf(outcome, &workspace)), side);
+}
+
 }  // namespace
 
 // ---- a double target
@@ -50,6 +82,10 @@ AssignStm::AssignStm(int line, DoubleValue* lhs, EvaluatablePtr rhs)
 void AssignStm::exe() {
     double x;
     if (rhsNumber_.read(x)) return storeNumber(*lhs_, x, rhsNumber_.mark());
+    exeGeneral();
+}
+
+void AssignStm::exeGeneral() {
     if (rhsType_ == INTEGER_VAL) return assignIntegers(*lhs_, *expression());
     DoubleValue workspace;
     const Outcome outcome = expression()->evaluate(&workspace);
@@ -65,6 +101,10 @@ void KeepingAssignStm::exe() {
 void FastAssignStm::exe() {
     double x;
     if (rhsNumber_.read(x)) return storeNumber(*lhs_, x, rhsNumber_.mark());
+    exeGeneral();
+}
+
+void FastAssignStm::exeGeneral() {
     if (rhsType_ == INTEGER_VAL) return assignIntegers(*lhs_, *expression());
     const Outcome outcome = expression()->evaluate(lhs_);
     if (outcome.isScalar())
@@ -76,10 +116,14 @@ void FastAssignStm::exe() {
 template <int Code>
 void OpAssignDStm<Code>::exe() {
     double x;
-    if (lhs_->size() == 1 && rhsNumber_.read(x)) {
+    if (lhs_->size() == 1 && rhsNumber_.read(x))
         (*lhs_)[0] = applyOperator(Code, (*lhs_)[0], x);
-        return;
-    }
+    else
+        exeGeneral();
+}
+
+template <int Code>
+void OpAssignDStm<Code>::exeGeneral() {
     DoubleValue workspace;
     const Outcome outcome = expression()->evaluate(&workspace);
     if (!outcome.isScalar())
@@ -97,10 +141,13 @@ template class OpAssignDStm<OP_DIVIDE>;
 
 void OpAssignIntStm::exe() {
     double x;
-    if (lhs_->size() == 1 && rhsNumber_.read(x)) {
+    if (lhs_->size() == 1 && rhsNumber_.read(x))
         (*lhs_)[0] = applyOperator(code_, (*lhs_)[0], x);
-        return;
-    }
+    else
+        exeGeneral();
+}
+
+void OpAssignIntStm::exeGeneral() {
     IntValue workspace;
     const Outcome outcome = expression()->evaluate(&workspace);
     if (!outcome.isScalar())
@@ -112,22 +159,10 @@ void OpAssignIntStm::exe() {
 }
 
 void GrowAssignDStm::exe() {
+    double x;
+    if (rhsNumber_.read(x) && joinNumber(*lhs_, x, side_)) return;
     require(rhsType_ <= DOUBLE_VAL, "rhs type is incompatible with lhs", "assignment");
-    if (rhsType_ == INTEGER_VAL) {
-        IntValue integers;
-        const Outcome outcome = expression()->evaluate(&integers);
-        if (outcome.isScalar()) {
-            DoubleValue value;
-            storeNumber(value, outcome.number, outcome.mark());
-            join(*lhs_, value, side_);
-        } else {
-            join(*lhs_, DoubleValue(asInt(*outcome.value())), side_);
-        }
-        return;
-    }
-    DoubleValue workspace;
-    const Outcome outcome = expression()->evaluate(&workspace);
-    join(*lhs_, asDouble(*valueOf(outcome, &workspace)), side_);
+    joinAny(*lhs_, *expression(), rhsType_, side_);
 }
 
 // ---- targets of other kinds

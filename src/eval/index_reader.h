@@ -8,6 +8,10 @@
 // Anything else (a list of positions, a mask, a string) becomes a private
 // array of integers on demand.
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 #include "eval/number_source.h"
 
 namespace vorpen {
@@ -65,17 +69,30 @@ private:
     std::optional<Workspace> workspace_;
 };
 
+/// Truncation as in truncateToInt, which gives the lowest integer for what does
+/// not fit; here by the one instruction that does just that.
+inline int truncatedIndex(double k) {
+#ifdef __SSE2__
+    return _mm_cvttsd_si32(_mm_set_sd(k));
+#else
+    return truncateToInt(k);
+#endif
+}
+
 /// True for a number that, truncated, lies in 1 to d.
-inline bool isIndexWithin(double k, int d) { return k >= 1 && k < d + 1.0; }
+inline bool isIndexWithin(double k, int d) {
+    return static_cast<unsigned>(truncatedIndex(k)) - 1u < static_cast<unsigned>(d);
+}
 
 /// Where the element at a row and column, not yet truncated, lies in a matrix;
 /// -1 when it is outside. A product takes the place of the division that the
 /// number of columns would cost.
 inline int elementPosition(const Value& m, double row, double column) {
-    if (!isIndexWithin(row, m.nrow()) || !isIndexWithin(column, m.size())) return -1;
-    const std::int64_t endOfColumn = std::int64_t{static_cast<int>(column)} * m.nrow();
+    const int c = truncatedIndex(column);
+    if (!isIndexWithin(row, m.nrow()) || c < 1) return -1;
+    const std::int64_t endOfColumn = std::int64_t{c} * m.nrow();
     if (endOfColumn > m.size()) return -1;
-    return static_cast<int>(endOfColumn) - m.nrow() + static_cast<int>(row) - 1;
+    return static_cast<int>(endOfColumn) - m.nrow() + truncatedIndex(row) - 1;
 }
 
 /// Copies an index, truncated to integers, with its rows and mark. Fails with

@@ -251,6 +251,10 @@ void IndexedAssignStm::exe() {
         const int at = elementPosition(*lhs_, r, c);
         if (at >= 0) return combine((*lhs_)[at], op_, x);
     }
+    exeGeneral();
+}
+
+void IndexedAssignStm::exeGeneral() {
     if (rhsType_ == DOUBLE_VAL) {
         DoubleValue workspace;
         store(expression()->evaluate(&workspace));

@@ -76,6 +76,7 @@ public:
 private:
     void store(const Outcome& right);
     /// Apart, so that the store at two plain variables needs no room for it.
+    [[gnu::noinline]] void exeGeneral();
     [[gnu::noinline]] void storeAtIndices(const Outcome& right);
     void storeBlock(const Outcome& right, const Outcome& row, const ReadIndex* column);
 

@@ -2,6 +2,7 @@
 #include "eval/indexing.h"
 
 #include "base/errors.h"
+#include "base/interrupt.h"
 
 namespace vorpen {
 namespace {
@@ -49,10 +50,13 @@ void selectByMask(const DoubleValue& target, std::span<const Mask> mask, DoubleV
     out.setMark(target.mark());
     const double* from = target.data();
     double* to = out.data();
-    for (int i = 0, k = 0; k < n; ++i) {
-        to[k] = from[i];
-        k += mask[i] != 0;
-    }
+    int k = 0;
+    inRounds(target.size(), [&](std::int64_t begin, std::int64_t end) {
+        for (std::int64_t i = begin; i < end && k < n; ++i) {
+            to[k] = from[i];
+            k += mask[i] != 0;
+        }
+    });
 }
 
 /// The row of a table of characters that holds the key, filled with blanks;

@@ -26,6 +26,7 @@ public:
         frame[slot_] = answer.number;
         return answer.known ? flow : Flow::unknown;
     }
+    NodePtr takeReturned() override { return flow == Flow::done ? std::move(value_) : nullptr; }
 
 private:
     int slot_;

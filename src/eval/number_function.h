@@ -31,17 +31,21 @@ public:
 
     virtual ~NumberStatement() = default;
     [[nodiscard]] virtual Flow exe(double* frame) const = 0;
+    /// The expression of a statement that only returns one; it is moved out.
+    virtual std::unique_ptr<NumberNode> takeReturned() { return nullptr; }
 };
 
 class NumberFunction {
 public:
-    NumberFunction(std::unique_ptr<NumberStatement> body, int output) : body_(std::move(body)), output_(output) {}
+    NumberFunction(std::unique_ptr<NumberStatement> body, int output)
+        : body_(std::move(body)), output_(output), returned_(body_->takeReturned()) {}
 
     /// Null when the body asks for more.
     static std::unique_ptr<NumberFunction> compile(UserFunc& function, Statement& body, const Value& output);
 
     /// The frame holds the arguments first.
     [[nodiscard]] NumberNode::Answer run(double* frame) const {
+        if (returned_) return returned_->number(frame);
         if (body_->exe(frame) == NumberStatement::Flow::unknown) return NumberNode::unknown;
         return {frame[output_], true};
     }
@@ -49,6 +53,7 @@ public:
 private:
     std::unique_ptr<NumberStatement> body_;
     int output_;
+    std::unique_ptr<NumberNode> returned_;  ///< all of a body that is a lone return
 };
 
 }  // namespace vorpen

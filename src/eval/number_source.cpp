@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "eval/number_source.h"
 
+#include <algorithm>
+#include <iterator>
+#include <tuple>
+
 #include "eval/logical_table.h"
 #include "eval/number_lane.h"
 #include "eval/user_func.h"
@@ -126,34 +130,38 @@ private:
     Column column_;
 };
 
-/// A call of a user function. A function without a form for numbers never
-/// answers.
-template <int count>
-class CallNode final : public NumberNode {
-public:
-    CallNode(const UserCallElement& call, std::vector<NodeOperand> arguments) : call_(call) {
-        for (int i = 0; i < count; ++i) arguments_[i] = std::move(arguments[i]);
-    }
-    Answer number(const double* frame) const override {
-        const NumberFunction* function = call_.numberFunction();
-        if (!function) return unknown;
-        double values[FrameSlots::maxSlots];
-        for (int i = 0; i < count; ++i)
-            if (!arguments_[i].read(frame, values[i])) return unknown;
-        return call_.function().callNumberFunction(*function, values);
-    }
-
-private:
-    const UserCallElement& call_;
-    NodeOperand arguments_[count > 0 ? count : 1];
-};
-
 /// A variable that must have the mark 0.
 struct UnmarkedVariable {
     const DoubleValue* variable;
     bool read(const double*, double& x) const {
         return readNumber(*variable, x) && variable->mark() == FORM_NUMERIC;
     }
+};
+
+/// An argument of a call: a number without a mark, for which the frame of the
+/// function has no place.
+using Argument = std::variant<UnmarkedVariable, SlotOperand, ConstantOperand, NodeOperand>;
+
+/// A call of a user function. A function without a form for numbers never
+/// answers.
+template <class... Arguments>
+class CallNode final : public NumberNode {
+public:
+    explicit CallNode(const UserCallElement& call, Arguments... arguments)
+        : call_(call), arguments_(std::move(arguments)...) {}
+    Answer number(const double* frame) const override {
+        const NumberFunction* function = call_.numberFunction();
+        if (!function) return unknown;
+        double values[FrameSlots::maxSlots];
+        double* next = values;
+        const auto readAll = [&](const Arguments&... each) { return (each.read(frame, *next++) && ...); };
+        if (!std::apply(readAll, arguments_)) return unknown;
+        return call_.function().callNumberFunction(*function, values);
+    }
+
+private:
+    const UserCallElement& call_;
+    std::tuple<Arguments...> arguments_;
 };
 
 /// A number whose mark, which the variable carries, must be 0.
@@ -195,6 +203,14 @@ private:
     Inner inner_;
 };
 
+template <class Inner>
+std::unique_ptr<NumberNode> nodeAround(Inner inner) {
+    if constexpr (std::is_same_v<Inner, NodeOperand>)
+        return std::move(inner.node);
+    else
+        return std::make_unique<LeafNode<Inner>>(inner);
+}
+
 template <class Operator>
 std::unique_ptr<NumberNode> join(Operator op, LaneOperand left, LaneOperand right) {
     return std::visit(
@@ -217,6 +233,37 @@ void wrap(LaneNumber& number, Fixed... fixed) {
         number.operand);
 }
 
+/// Nothing for a number that never has the mark 0.
+std::optional<Argument> argumentOf(std::optional<LaneNumber> number) {
+    if (!number) return std::nullopt;
+    if (auto* variable = std::get_if<VariableOperand>(&number->operand)) return UnmarkedVariable{variable->variable};
+    if (number->marked) return NodeOperand{unmarkedNodeOf(std::move(*number))};
+    if (number->constantMark != FORM_NUMERIC) return std::nullopt;
+    if (auto* slot = std::get_if<SlotOperand>(&number->operand)) return *slot;
+    if (auto* constant = std::get_if<ConstantOperand>(&number->operand)) return *constant;
+    return std::move(std::get<NodeOperand>(number->operand));
+}
+
+/// The kinds of one or two arguments are known to the node; those of more are not.
+std::unique_ptr<NumberNode> makeCall(const UserCallElement& call, std::vector<Argument> arguments) {
+    const auto node = [&call](auto&... each) -> std::unique_ptr<NumberNode> {
+        return std::make_unique<CallNode<std::remove_reference_t<decltype(each)>...>>(call, std::move(each)...);
+    };
+    const auto asNode = [](Argument& argument) {
+        return std::visit([](auto& inner) { return NodeOperand{nodeAround(std::move(inner))}; }, argument);
+    };
+    std::vector<NodeOperand> nodes;
+    switch (arguments.size()) {
+        case 0: return node();
+        case 1: return std::visit(node, arguments[0]);
+        case 2: return std::visit(node, arguments[0], arguments[1]);
+        case 3:
+        case 4: std::ranges::transform(arguments, std::back_inserter(nodes), asNode); break;
+        default: return nullptr;
+    }
+    return nodes.size() == 3 ? node(nodes[0], nodes[1], nodes[2]) : node(nodes[0], nodes[1], nodes[2], nodes[3]);
+}
+
 template <class Inner>
 IndexOperand<Inner> asIndex(Inner& inner, const LaneNumber& number) {
     return {std::move(inner), number.marked};
@@ -227,15 +274,7 @@ IndexOperand<Inner> asIndex(Inner& inner, const LaneNumber& number) {
 // ---- building
 
 std::unique_ptr<NumberNode> nodeOf(LaneNumber number) {
-    return std::visit(
-        [](auto& inner) -> std::unique_ptr<NumberNode> {
-            using Inner = std::remove_reference_t<decltype(inner)>;
-            if constexpr (std::is_same_v<Inner, NodeOperand>)
-                return std::move(inner.node);
-            else
-                return std::make_unique<LeafNode<Inner>>(inner);
-        },
-        number.operand);
+    return std::visit([](auto& inner) { return nodeAround(std::move(inner)); }, number.operand);
 }
 
 std::unique_ptr<NumberNode> unmarkedNodeOf(LaneNumber number) {
@@ -397,23 +436,14 @@ std::optional<LaneNumber> LaneBuilder::buildCall(UserCallElement& element) const
     if (!element.hasPlainArguments() || (function.hasBody() && !function.hasNumberFunction()))
         return std::nullopt;
     if (element.arguments().size() != static_cast<std::size_t>(function.parameterCount())) return std::nullopt;
-    std::vector<NodeOperand> arguments;
-    for (Evaluatable* argument : element.arguments()) {
-        auto built = build(*argument);
-        // The frame of the function has no place for marks.
-        auto node = built ? unmarkedNodeOf(std::move(*built)) : nullptr;
-        if (!node) return std::nullopt;
-        arguments.push_back({std::move(node)});
+    std::vector<Argument> arguments;
+    for (Evaluatable* given : element.arguments()) {
+        auto argument = argumentOf(build(*given));
+        if (!argument) return std::nullopt;
+        arguments.push_back(std::move(*argument));
     }
-    std::unique_ptr<NumberNode> node;
-    switch (arguments.size()) {
-        case 0: node = std::make_unique<CallNode<0>>(element, std::move(arguments)); break;
-        case 1: node = std::make_unique<CallNode<1>>(element, std::move(arguments)); break;
-        case 2: node = std::make_unique<CallNode<2>>(element, std::move(arguments)); break;
-        case 3: node = std::make_unique<CallNode<3>>(element, std::move(arguments)); break;
-        case 4: node = std::make_unique<CallNode<4>>(element, std::move(arguments)); break;
-        default: return std::nullopt;
-    }
+    auto node = makeCall(element, std::move(arguments));
+    if (!node) return std::nullopt;
     return LaneNumber{NodeOperand{std::move(node)}, nullptr, FORM_NUMERIC};
 }
 

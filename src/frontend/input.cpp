@@ -51,16 +51,6 @@ int indentLevelOf(std::string_view line) {
     return (width + 2) / indentWidth;
 }
 
-std::optional<std::string> readScript(const std::string& path) {
-    const std::filesystem::path file(toUtf8(path));
-    std::error_code failure;
-    if (!std::filesystem::is_regular_file(file, failure)) return std::nullopt;
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream) return std::nullopt;
-    std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-    return isValidUtf8(text) ? fromUtf8(text) : text;
-}
-
 /// What a `use` line asks for: the name, and where on the line something else
 /// goes on (the line's length when nothing does).
 struct UseCommand {
@@ -87,6 +77,16 @@ UseCommand parseUse(std::string_view line) {
 }
 
 }  // namespace
+
+std::optional<std::string> readScript(const std::string& path) {
+    const std::filesystem::path file(toUtf8(path));
+    std::error_code failure;
+    if (!std::filesystem::is_regular_file(file, failure)) return std::nullopt;
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream) return std::nullopt;
+    std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    return isValidUtf8(text) ? fromUtf8(text) : text;
+}
 
 InputSource::InputSource(std::string text, SourceMode mode)
     : mode_(mode), lineNumber_(mode == SourceMode::typed ? -1 : 0) {

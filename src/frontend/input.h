@@ -56,6 +56,10 @@ public:
     virtual void noteFailure([[maybe_unused]] int line, [[maybe_unused]] std::string text) {}
 };
 
+/// The text of a script file, in the program's encoding: UTF-8 is translated,
+/// any other text is taken as it stands. Nothing when it cannot be read.
+[[nodiscard]] std::optional<std::string> readScript(const std::string& path);
+
 enum class SourceMode { typed = 0, text = 1, file = 2 };
 
 /// One text or script file.
@@ -65,8 +69,7 @@ public:
     /// Typed text has line number 0, other text begins with line 1.
     InputSource(std::string text, SourceMode mode);
 
-    /// A source that reads a script, or nothing when it cannot be read. UTF-8
-    /// is translated, any other text is taken as it stands.
+    /// A source that reads a script, or nothing when it cannot be read.
     [[nodiscard]] static std::optional<InputSource> openFile(const std::string& path);
 
     bool getLine(std::string& line, bool throwAtEnd, bool raw) override;

@@ -9,6 +9,7 @@
 
 #include "base/blas_loader.h"
 #include "base/errors.h"
+#include "base/interrupt.h"
 #include "base/multiversion.h"
 #include "base/output.h"
 
@@ -32,6 +33,24 @@ constexpr std::size_t triangleWidth = 64;
 
 /// From so many right sides on the BLAS is worth its loading.
 constexpr std::size_t blasColumns = 64;
+
+/// The multiplications after which a large factorisation or solution looks
+/// whether it is to go on: less than a tenth of a second on two cores. Fewer
+/// columns at a time cost the BLAS speed.
+constexpr std::size_t productsAtOnce = 4'000'000'000;
+constexpr std::size_t leastColumnsAtOnce = 128;
+
+/// Calls work(first, count) on some columns after the other, each of which
+/// takes so many multiplications.
+template <class Work>
+void inColumns(std::size_t columns, std::size_t productsOfOne, Work work) {
+    const std::size_t fitting =
+        std::max(productsAtOnce / std::max<std::size_t>(productsOfOne, 1), leastColumnsAtOnce);
+    for (std::size_t first = 0; first < columns; first += fitting) {
+        checkInterrupt();
+        work(first, std::min(fitting, columns - first));
+    }
+}
 
 /// A factorisation in progress, in the place of the matrix.
 struct Factorisation {
@@ -122,17 +141,20 @@ void exchangeRows(double* b, std::size_t rows, std::size_t columns,
 /// Brings the columns from `middle` to `last` up to date with the factorised
 /// ones from `first` to `middle`.
 void updateColumns(Factorisation& f, std::size_t first, std::size_t middle, std::size_t last) {
-    exchangeRows(f.column(middle), f.n, last - middle, f.permutation, first, middle);
     const int n = static_cast<int>(f.n);
     const int done = static_cast<int>(middle - first);
-    const int columns = static_cast<int>(last - middle);
     const int below = static_cast<int>(f.n - middle);
     const double* const triangle = f.column(first) + first;
-    double* const top = f.column(middle) + first;
-    cblas_dtrsm(CblasColMajor, CblasLeft, CblasLower, CblasNoTrans, CblasUnit, done, columns, 1.0, triangle,
-                n, top, n);
-    cblas_dgemm(CblasColMajor, CblasNoTrans, CblasNoTrans, below, columns, done, -1.0,
-                f.column(first) + middle, n, top, n, 1.0, f.column(middle) + middle, n);
+    inColumns(last - middle, (middle - first) * (f.n - first), [&](std::size_t from, std::size_t count) {
+        double* const column = f.column(middle + from);
+        double* const top = column + first;
+        const int columns = static_cast<int>(count);
+        exchangeRows(column, f.n, count, f.permutation, first, middle);
+        cblas_dtrsm(CblasColMajor, CblasLeft, CblasLower, CblasNoTrans, CblasUnit, done, columns, 1.0, triangle, n,
+                    top, n);
+        cblas_dgemm(CblasColMajor, CblasNoTrans, CblasNoTrans, below, columns, done, -1.0, f.column(first) + middle,
+                    n, top, n, 1.0, column + middle, n);
+    });
 }
 
 /// Factorises the columns from `first` to `last` by halves, so that most of the
@@ -140,7 +162,10 @@ void updateColumns(Factorisation& f, std::size_t first, std::size_t middle, std:
 /// LU decomposition with partial pivoting", SIAM Journal on Matrix Analysis and
 /// Applications 18, 1997).
 void factoriseColumns(Factorisation& f, std::size_t first, std::size_t last) {
-    if (last - first <= panelWidth) return factorisePanel(f, first, last);
+    if (last - first <= panelWidth) {
+        checkInterrupt();
+        return factorisePanel(f, first, last);
+    }
     const std::size_t panels = (last - first + panelWidth - 1) / panelWidth;
     const std::size_t middle = first + panels / 2 * panelWidth;
     factoriseColumns(f, first, middle);
@@ -194,17 +219,23 @@ void LuForm::solve(std::span<double> b) const {
     if (n == 0) return;
     const std::size_t columns = b.size() / n;
     if (n < blasOrder || columns < blasColumns) {
-        for (std::size_t j = 0; j < columns; ++j) backSubstitute(b.data() + j * n);
+        for (std::size_t j = 0; j < columns; ++j) {
+            checkInterrupt();
+            backSubstitute(b.data() + j * n);
+        }
         return;
     }
     requireBlas();
-    exchangeRows(b.data(), n, columns, permutation_, 0, n);
     const int rows = static_cast<int>(n);
-    const int count = static_cast<int>(columns);
-    cblas_dtrsm(CblasColMajor, CblasLeft, CblasLower, CblasNoTrans, CblasUnit, rows, count, 1.0, lu_.data(),
-                rows, b.data(), rows);
-    cblas_dtrsm(CblasColMajor, CblasLeft, CblasUpper, CblasNoTrans, CblasNonUnit, rows, count, 1.0,
-                lu_.data(), rows, b.data(), rows);
+    inColumns(columns, n * n, [&](std::size_t first, std::size_t some) {
+        double* const x = b.data() + first * n;
+        const int count = static_cast<int>(some);
+        exchangeRows(x, n, some, permutation_, 0, n);
+        cblas_dtrsm(CblasColMajor, CblasLeft, CblasLower, CblasNoTrans, CblasUnit, rows, count, 1.0, lu_.data(), rows,
+                    x, rows);
+        cblas_dtrsm(CblasColMajor, CblasLeft, CblasUpper, CblasNoTrans, CblasNonUnit, rows, count, 1.0, lu_.data(),
+                    rows, x, rows);
+    });
 }
 
 void LuForm::inverse(std::span<double> matrix) const {
@@ -225,13 +256,16 @@ void LuForm::invertByBlas(double* x) const {
     const std::size_t n = order();
     const int rows = static_cast<int>(n);
     for (std::size_t j = 0; j < n; j += triangleWidth) {
+        checkInterrupt();
         const std::size_t corner = j + j * n;
         const int width = static_cast<int>(std::min(triangleWidth, n - j));
         cblas_dtrsm(CblasColMajor, CblasLeft, CblasLower, CblasNoTrans, CblasUnit, static_cast<int>(n - j),
                     width, 1.0, lu_.data() + corner, rows, x + corner, rows);
     }
-    cblas_dtrsm(CblasColMajor, CblasLeft, CblasUpper, CblasNoTrans, CblasNonUnit, rows, rows, 1.0, lu_.data(),
-                rows, x, rows);
+    inColumns(n, n * n / 2, [&](std::size_t first, std::size_t count) {
+        cblas_dtrsm(CblasColMajor, CblasLeft, CblasUpper, CblasNoTrans, CblasNonUnit, rows, static_cast<int>(count), 1.0,
+                    lu_.data(), rows, x + first * n, rows);
+    });
     for (std::size_t k = n; k-- > 0;) {
         const auto p = static_cast<std::size_t>(permutation_[k]);
         if (p != k) std::swap_ranges(x + k * n, x + (k + 1) * n, x + p * n);

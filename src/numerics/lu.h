@@ -28,7 +28,7 @@ public:
     /// Factorises the matrix, n by n with n = `rows`, and keeps the factors.
     /// The answer is the parity of the row exchanges, +1 or -1. Raises a
     /// RuntimeError, and keeps the former factors, when the matrix is not
-    /// square or has a row of zeros.
+    /// square or has a row of zeros. After an interrupt there are no factors.
     int factorise(std::span<const double> matrix, std::size_t rows);
 
     /// The number of rows; 0 before any factorisation.

@@ -180,22 +180,18 @@ int Frame::lastItemOfKind(PlotableKind kind) const {
 }
 
 std::int32_t Frame::addItem(std::unique_ptr<Plotable> added) {
-    if (const auto* text = dynamic_cast<const TextLabel*>(added.get())) {
-        for (int k = 0; k < itemCount(); ++k) {
-            const auto* old = findItem<TextLabel>(k);
-            if (old == nullptr || old->x != text->x || old->y != text->y ||
-                old->alignment.code != text->alignment.code)
-                continue;
-            plotable_[static_cast<std::size_t>(k)] = std::move(added);
-            if (figureList().redrawOnAdd)
-                redraw();
-            else
-                drawItem(k);
-            return k;
-        }
+    const auto* text = dynamic_cast<const TextLabel*>(added.get());
+    if (const int k = text != nullptr ? textPlaces_.find(*text) : -1; k >= 0) {
+        plotable_[static_cast<std::size_t>(k)] = std::move(added);
+        if (figureList().redrawOnAdd)
+            redraw();
+        else
+            drawItem(k);
+        return k;
     }
     Require(plotable_.size() < maxItems, "too many items in the frame");
     plotable_.push_back(std::move(added));
+    if (text != nullptr) textPlaces_.add(*text, itemCount() - 1);
     return ItemId{id_, itemCount() - 1}.number();
 }
 
@@ -212,6 +208,7 @@ void Frame::wipeFrame(int keep) {
         if (const auto* button = dynamic_cast<const PlotableButton*>(plotable_[k].get()))
             figure_.removeControl(button->controlId);
     plotable_.resize(kept);
+    textPlaces_.removeFrom(static_cast<int>(kept));
     dragables.clear();
     tracker = {};
 }
@@ -257,8 +254,10 @@ std::int32_t Frame::replotItem(std::int32_t id, std::span<const double> x, std::
     Plotable& changed = item(index);
     const auto scalarPlace = [&] {
         Require(y.size() == 1 && x.size() <= 1, "x,y must be scalar for a single point");
-        if (!x.empty()) changed.x = x[0];
-        changed.y = y[0];
+        changePlace(index, [&] {
+            if (!x.empty()) changed.x = x[0];
+            changed.y = y[0];
+        });
     };
     switch (changed.kind()) {
         case PlotableKind::Curve: replotCurve(index, static_cast<Curve&>(changed), x, y); break;
@@ -325,15 +324,22 @@ void Frame::changeShown(int index, const std::function<void(Plotable&)>& change)
 bool Frame::moveItem(std::int32_t id, double dx, double dy) {
     const ItemId parts = ItemId::of(id);
     if (parts.frame != id_ || !hasItem(parts.item)) return false;
-    changeShown(parts.item, [dx, dy](Plotable& moved) { moved.move(dx, dy); });
+    changePlace(parts.item,
+                [&] { changeShown(parts.item, [dx, dy](Plotable& moved) { moved.move(dx, dy); }); });
     return true;
 }
 
 void Frame::placeItem(int index, double x, double y) {
-    changeShown(index, [x, y](Plotable& placed) {
-        placed.x = x;
-        placed.y = y;
+    changePlace(index, [&] {
+        changeShown(index, [x, y](Plotable& placed) {
+            placed.x = x;
+            placed.y = y;
+        });
     });
+}
+
+void Frame::alignText(int index, const TextAlignment& alignment) {
+    if (auto* text = findItem<TextLabel>(index)) changePlace(index, [&] { text->alignment = alignment; });
 }
 
 // ---- Axes and labels --------------------------------------------------------------------

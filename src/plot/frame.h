@@ -21,6 +21,7 @@
 #include "plot/axis_scale.h"
 #include "plot/drawing_surface.h"
 #include "plot/plotable.h"
+#include "plot/text_places.h"
 
 namespace vorpen {
 
@@ -192,6 +193,8 @@ public:
     bool moveItem(std::int32_t id, double dx, double dy);
     /// Puts the anchor of an item, which must exist, at a place.
     void placeItem(int index, double x, double y);
+    /// Sets a text about its anchor in another way; any other item stays.
+    void alignText(int index, const TextAlignment& alignment);
 
     // ---- Axes and labels ----
 
@@ -228,6 +231,15 @@ private:
     [[nodiscard]] double scaledY(double y) const;
     [[nodiscard]] int itemIndex(std::int32_t id) const;
     void replotCurve(int index, Curve& curve, std::span<const double> x, std::span<const double> y);
+    /// Changes the anchor or the alignment of an item. No text is moved in any
+    /// other way, so that its place is known.
+    template <class Change>
+    void changePlace(int index, Change change) {
+        auto* const text = findItem<TextLabel>(index);
+        if (text != nullptr) textPlaces_.remove(*text, index);
+        change();
+        if (text != nullptr) textPlaces_.add(*text, index);
+    }
     AxisTicks& axisTicks();
     /// Changes an item that is shown: between two drawings of an inverting one,
     /// else before the frame is drawn anew.
@@ -244,6 +256,7 @@ private:
     Limits limits_;
     double offsetX_ = 0, scaleX_ = 1, offsetY_ = 0, scaleY_ = 1;
     std::vector<std::unique_ptr<Plotable>> plotable_;
+    TextPlaces textPlaces_;  ///< of the texts in plotable_
     DrawingSurface* surface_ = nullptr;  ///< between On and Off
 };
 

@@ -11,11 +11,13 @@
 #include <string>
 #include <vector>
 
+#include "base/freed_memory.h"
 #include "base/interrupt.h"
 #include "console/console_text.h"
 #include "console/terminal_text.h"
 #include "engine/calc.h"
 #include "terminal/activity_line.h"
+#include "terminal/debugger_prompt.h"
 #include "terminal/options.h"
 #include "terminal/prompt_session.h"
 #include "terminal/screen.h"
@@ -147,10 +149,13 @@ ExitStatus runSession(const Options& options) {
     {
         Calc calc(host, !options.session.value_or(atPrompt));
         TypedSession session(calc, options.echo, [&](const std::string& line) { screen.showLine(line); });
+        DebuggerPrompt debugger(host);
+        if (onTerminal && isatty(STDIN_FILENO)) calc.debugger().setView(&debugger);
         if (onTerminal) host.setShowUnfinished([&] { screen.showUnfinished(calc.console().currentText()); });
         allWell = Program{options, atPrompt, calc, session, host, input, output, activity}.runAll();
         session.finishOutput();
         host.setShowUnfinished({});
+        calc.debugger().setView(nullptr);
     }
     output.flush();
     if (output.failed()) complain("the output could not be written");
@@ -179,6 +184,7 @@ ExitStatus start(const std::vector<std::string_view>& arguments) {
 }  // namespace vorpen
 
 int main(int count, char** words) {
+    vorpen::keepFreedMemory();
     try {
         return vorpen::start(std::vector<std::string_view>(words + (count > 0), words + count));
     } catch (const std::exception& fault) {

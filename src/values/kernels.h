@@ -20,6 +20,11 @@ struct Operand {
 /// element by element: + - * / ^ _/ mod.
 void applyOperator(int code, double* out, Operand a, Operand b, std::int64_t n);
 
+/// sines[i] = sin(x[i]) and cosines[i] = cos(x[i]), with the bits of each call
+/// alone: the GNU C library makes both by the same routines. A test holds it
+/// to that.
+void sineAndCosine(double* sines, double* cosines, const double* x, std::int64_t n);
+
 /// The remainder of a / b with the sign of a, as fmod has it. Whole numbers below
 /// 2^53 go through integer division, or a mask where b is a power of 2: a
 /// fraction of the time, and the same bits.

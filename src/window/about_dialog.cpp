@@ -24,8 +24,9 @@ void runAboutDialog(QWidget* parent) {
     picture->setPixmap(QApplication::windowIcon().pixmap(64));
     auto* lines = new QVBoxLayout;
     const QString version = "Vorpen 5a, version " + QApplication::applicationVersion();
-    for (const QString& text : {version, QString("Enter 'help' for further information, or see"),
-                                QString(documentationPage), QString::fromUtf8("Copyright © 2026 the developers of Vorpen")}) {
+    for (const QString& text :
+         {version, QString("Enter 'help' for further information, or see"), QString(documentationPage),
+          QString::fromUtf8("Copyright © 2026 the developers of Vorpen")}) {
         auto* line = new QLabel(text);
         line->setTextInteractionFlags(Qt::TextSelectableByMouse);
         lines->addWidget(line);

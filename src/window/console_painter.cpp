@@ -57,7 +57,8 @@ void ConsolePainter::setSize(int pixels) {
     faces_.clear();
     const QFontMetricsF measure(faceOf('.').font);
     metrics_.charWidth = std::max(1, static_cast<int>(std::lround(measure.horizontalAdvance('M'))));
-    metrics_.lineHeight = std::max({1, pixels, static_cast<int>(std::ceil(measure.ascent() + measure.descent()))});
+    metrics_.lineHeight =
+        std::max({1, pixels, static_cast<int>(std::ceil(measure.ascent() + measure.descent()))});
 }
 
 const ConsolePainter::Face& ConsolePainter::faceOf(char code) {
@@ -71,7 +72,8 @@ const ConsolePainter::Face& ConsolePainter::faceOf(char code) {
 }
 
 /// Answers the width of the run.
-int ConsolePainter::drawRun(QPainter& painter, int x, int y, std::string_view text, char code, Colour colour) {
+int ConsolePainter::drawRun(QPainter& painter, int x, int y, std::string_view text, char code,
+                            Colour colour) {
     const Face& face = faceOf(code);
     const QString shown = code == '$' ? QString::fromStdString(symbolToUtf8(text)) : toQString(text);
     painter.setFont(face.font);
@@ -86,7 +88,8 @@ void ConsolePainter::drawOverflowMark(QPainter& painter, int y, int right) {
     drawRun(painter, x, y, overflowSign, '.', overflowColour);
 }
 
-void ConsolePainter::drawPlain(QPainter& painter, int x, int y, std::string_view text, Colour colour, int right) {
+void ConsolePainter::drawPlain(QPainter& painter, int x, int y, std::string_view text, Colour colour,
+                               int right) {
     const int visible = x < right ? (right - x) / metrics_.charWidth + 1 : 0;
     drawRun(painter, x, y, text.substr(0, static_cast<std::size_t>(visible)), '.', colour);
 }
@@ -126,8 +129,10 @@ void ConsolePainter::drawMarkedUp(QPainter& painter, int x, int y, std::string_v
     const bool losesStart = x > right && !overflows;
     const int shift = losesStart ? right - x - 1 : 0;
     if (background != 0xFFFFFF)
-        painter.fillRect(startX, y, std::min(x, right) - startX, metrics_.lineHeight, QColor(rgbOf(background)));
-    for (const Piece& piece : pieces) drawRun(painter, piece.x + shift, piece.y, piece.text, piece.code, piece.colour);
+        painter.fillRect(startX, y, std::min(x, right) - startX, metrics_.lineHeight,
+                         QColor(rgbOf(background)));
+    for (const Piece& piece : pieces)
+        drawRun(painter, piece.x + shift, piece.y, piece.text, piece.code, piece.colour);
     if (overflows) drawOverflowMark(painter, y, right);
     if (losesStart) {
         painter.fillRect(0, y, metrics_.charWidth + 1, metrics_.lineHeight, Qt::white);

@@ -2,11 +2,11 @@
 #include "window/console_widget.h"
 
 #include <QtGui/QClipboard>
+#include <QtGui/QKeyEvent>
 #include <QtGui/QPainter>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QFrame>
 #include <QtWidgets/QToolTip>
-#include <QtGui/QKeyEvent>
 #include <algorithm>
 #include <cmath>
 
@@ -57,7 +57,7 @@ QString shortened(const QString& path, int characters) {
     return QChar(0x2026) + path.right(std::max(characters - 1, 1));
 }
 
-constexpr int wheelStep = 120;   // what window systems call one step
+constexpr int wheelStep = 120;  // what window systems call one step
 constexpr int linesPerStep = 3;
 
 }  // namespace
@@ -67,7 +67,8 @@ void DirectoryBox::hidePopup() {
     if (afterClosing_) afterClosing_();
 }
 
-ConsoleWidget::ConsoleWidget(QWidget* parent, ConsoleActions actions) : QWidget(parent), actions_(std::move(actions)) {
+ConsoleWidget::ConsoleWidget(QWidget* parent, ConsoleActions actions)
+    : QWidget(parent), actions_(std::move(actions)) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setAttribute(Qt::WA_InputMethodEnabled);
     setFocusPolicy(Qt::StrongFocus);
@@ -215,7 +216,8 @@ void ConsoleWidget::paintEvent(QPaintEvent* event) {
 }
 
 void ConsoleWidget::resizeEvent(QResizeEvent*) {
-    if (auto* strip = findChild<QFrame*>("strip", Qt::FindDirectChildrenOnly)) strip->resize(width(), stripHeight);
+    if (auto* strip = findChild<QFrame*>("strip", Qt::FindDirectChildrenOnly))
+        strip->resize(width(), stripHeight);
     const int barWidth = scrollBar_->sizeHint().width();
     scrollBar_->setGeometry(std::max(width() - barWidth, 0), stripHeight, barWidth,
                             std::max(height() - stripHeight, 0));
@@ -257,7 +259,8 @@ void ConsoleWidget::setScrollBar(const ScrollBarState& state) {
     constexpr std::int64_t most = std::numeric_limits<int>::max() / 2;
     const std::int64_t last = std::max<std::int64_t>(state.maximum - state.page, 0);
     const QSignalBlocker quiet(scrollBar_);
-    scrollBar_->setRange(0, static_cast<int>(std::clamp<std::int64_t>(std::max(last, state.position), 0, most)));
+    scrollBar_->setRange(0,
+                         static_cast<int>(std::clamp<std::int64_t>(std::max(last, state.position), 0, most)));
     scrollBar_->setPageStep(state.page);
     scrollBar_->setValue(static_cast<int>(std::clamp<std::int64_t>(state.position, 0, most)));
 }
@@ -274,7 +277,8 @@ bool ConsoleWidget::takeFocus(bool toTop) {
 }
 
 void ConsoleWidget::post(int command) {
-    QMetaObject::invokeMethod(this, [this, command] { console_->command(command); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this, [this, command] { console_->command(command); }, Qt::QueuedConnection);
 }
 
 void ConsoleWidget::clearClipboard() { QGuiApplication::clipboard()->clear(); }
@@ -304,9 +308,7 @@ bool ConsoleWidget::keyOfWindow(QKeyEvent* event) {
     switch (event->key()) {
         case Qt::Key_PageUp: scrollTo(state.position - std::max(state.rows - 1, 1)); return true;
         case Qt::Key_PageDown: scrollTo(state.position + std::max(state.rows - 1, 1)); return true;
-        case Qt::Key_F6:
-            directories_->showPopup();
-            return true;
+        case Qt::Key_F6: directories_->showPopup(); return true;
         case Qt::Key_Insert:
             if (control) console_->command(COMMAND_COPY);
             if (event->modifiers() & Qt::ShiftModifier) console_->command(COMMAND_PASTE);

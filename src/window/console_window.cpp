@@ -30,12 +30,15 @@ ConsoleWindow::ConsoleWindow(Desktop& desktop, const Calc* running)
     : desktop_(desktop), isSecondary_(running != nullptr), host_(*this) {
     setWindowTitle(plainTitle());
     // The window closes when the menu that said so has done its work.
-    client_ = new ConsoleWidget(
-        this, {.close = [this] { QMetaObject::invokeMethod(this, [this] { close(); }, Qt::QueuedConnection); },
-               .about = [this] { showAbout(); },
-               .launch = [this] { desktop_.openConsole(this); },
-               .interrupt = [this] { interrupt(); },
-               .takeFocus = [this](bool toTop) { return takeFocus(toTop); }});
+    client_ = new ConsoleWidget(this, {.close =
+                                           [this] {
+                                               QMetaObject::invokeMethod(
+                                                   this, [this] { close(); }, Qt::QueuedConnection);
+                                           },
+                                       .about = [this] { showAbout(); },
+                                       .launch = [this] { desktop_.openConsole(this); },
+                                       .interrupt = [this] { interrupt(); },
+                                       .takeFocus = [this](bool toTop) { return takeFocus(toTop); }});
     setCentralWidget(client_);
     makeMenus();
     resize(windowWidth, windowHeight);
@@ -49,8 +52,9 @@ ConsoleWindow::ConsoleWindow(Desktop& desktop, const Calc* running)
 }
 
 void ConsoleWindow::joinEngine(Calc& calc) {
-    console_ = std::make_unique<GuiClass>(calc.console(), calc.history(), *client_, host_, desktop_.turns(),
-                                          [this](const std::string& line, char mode) { runInput(line, mode); });
+    console_ =
+        std::make_unique<GuiClass>(calc.console(), calc.history(), *client_, host_, desktop_.turns(),
+                                   [this](const std::string& line, char mode) { runInput(line, mode); });
     client_->setConsole(console_.get());
     calc.events().setTypist([this](std::string_view text) { console_->typeText(text); });
     calc.events().setRunner([this](const std::function<void()>& call) { runForEvent(call); });

@@ -123,7 +123,8 @@ void Desktop::endRun() {
         mustEndAll_ = false;
     else if (mustEndAll_ || running_.back()->mustEndRun())
         runState().interrupt();
-    QMetaObject::invokeMethod(this, [this] { afterRun(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this, [this] { afterRun(); }, Qt::QueuedConnection);
 }
 
 void Desktop::afterRun() {
@@ -219,7 +220,9 @@ void Desktop::closed(ConsoleWindow& console) {
     // Not from within an event of its own.
     QMetaObject::invokeMethod(
         this,
-        [this, gone = &console] { std::erase_if(consoles_, [gone](const auto& one) { return one.get() == gone; }); },
+        [this, gone = &console] {
+            std::erase_if(consoles_, [gone](const auto& one) { return one.get() == gone; });
+        },
         Qt::QueuedConnection);
 }
 

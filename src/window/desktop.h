@@ -50,7 +50,9 @@ public:
     void beginRun(ConsoleWindow& console);
     void endRun();
     /// The console whose run computes or waits now, null when nothing runs.
-    [[nodiscard]] ConsoleWindow* runningConsole() const { return running_.empty() ? nullptr : running_.back(); }
+    [[nodiscard]] ConsoleWindow* runningConsole() const {
+        return running_.empty() ? nullptr : running_.back();
+    }
 
     /// Called when a run that waits has let all events through.
     void noteEventsServed() { sinceServed_.start(); }

@@ -15,6 +15,7 @@
 #include <string_view>
 
 #include "base/encoding.h"
+#include "base/freed_memory.h"
 #include "base/host.h"
 #include "window/console_window.h"
 #include "window/desktop.h"
@@ -62,10 +63,20 @@ void onMessageAtStart(QtMsgType type, const QMessageLogContext&, const QString& 
     }
 }
 
+QtMessageHandler usualHandler = nullptr;
+
+/// On some platforms the window library says that its display is lost and ends
+/// the program in the same breath.
+void onMessage(QtMsgType type, const QMessageLogContext& place, const QString& text) {
+    if (text.contains("connection broke")) Desktop::saveNow();
+    usualHandler(type, place, text);
+}
+
 int run(int count, char** words) {
-    const QtMessageHandler usual = qInstallMessageHandler(onMessageAtStart);
+    usualHandler = qInstallMessageHandler(onMessageAtStart);
     QApplication application(count, words);
-    qInstallMessageHandler(usual);
+    if (!usualHandler) usualHandler = qInstallMessageHandler(nullptr);
+    qInstallMessageHandler(onMessage);
     QApplication::setApplicationName("vorpen");
     QApplication::setApplicationVersion(VORPEN_VERSION);
     QApplication::setDesktopFileName("vorpen");
@@ -92,5 +103,6 @@ int main(int count, char** words) {
         vorpen::handOverToTerminal();
         return EXIT_FAILURE;
     }
+    vorpen::keepFreedMemory();
     return vorpen::run(count, words);
 }

@@ -43,8 +43,8 @@ void WindowHost::messageBox(std::string_view title, std::string_view text) {
 
 bool WindowHost::ask(std::string_view title, std::string_view text, bool safe) {
     if (window_.desktop().isLeaving()) return safe;
-    QMessageBox box(QMessageBox::Question, toQString(title), messageText(text), QMessageBox::Ok | QMessageBox::Cancel,
-                    owner());
+    QMessageBox box(QMessageBox::Question, toQString(title), messageText(text),
+                    QMessageBox::Ok | QMessageBox::Cancel, owner());
     box.setTextFormat(Qt::PlainText);
     box.setDefaultButton(safe ? QMessageBox::Ok : QMessageBox::Cancel);
     const int answer = box.exec();
@@ -59,7 +59,9 @@ std::optional<std::string> WindowHost::clipboardText() {
     return withClipboardLineEnds(fromQString(data->text()));
 }
 
-void WindowHost::setClipboardText(std::string_view text) { QGuiApplication::clipboard()->setText(toQString(text)); }
+void WindowHost::setClipboardText(std::string_view text) {
+    QGuiApplication::clipboard()->setText(toQString(text));
+}
 
 std::optional<std::string> WindowHost::chooseFolder(std::string_view title, std::string_view start) {
     const QString chosen = QFileDialog::getExistingDirectory(owner(), toQString(title), toQString(start));
@@ -90,7 +92,8 @@ std::optional<std::string> WindowHost::readLine() {
 }
 
 std::string WindowHost::programDirectory() {
-    if (!programDirectory_) programDirectory_ = makeProgramDirectory(window_.desktop().home(), startDirectory());
+    if (!programDirectory_)
+        programDirectory_ = makeProgramDirectory(window_.desktop().home(), startDirectory());
     return *programDirectory_;
 }
 

@@ -195,19 +195,5 @@ TEST(Registry, TheConjugateOfAComplexNumberIsItsRealPart) {
     EXPECT_EQ(std::get<ComplexToRealBody>(variant->body)({3, 4}), 3);
 }
 
-/// The functions that are still to come. Whoever brings one takes it off.
-TEST(Registry, FunctionsThatAreNotAvailableYet) {
-    EXPECT_EQ(namesWith(NOT_AVAILABLE),
-              (std::set<std::string>{
-                  // windows and the console
-                  "debug", "debugtest"}));
-}
-
-TEST(Registry, AFunctionThatIsNotAvailableSaysSo) {
-    DoubleValue out;
-    EXPECT_EQ(failure([&] { std::get<GeneralBody>(info("debug").body)({}, nullptr, out); }),
-              "debug is not available yet");
-}
-
 }  // namespace
 }  // namespace vorpen

@@ -27,8 +27,8 @@ TEST(ConsoleCommands, aNumberThatIsNoneDoesNothing) {
 }
 
 TEST(ConsoleCommands, someTypeALine) {
-    const std::map<int, std::string> lines = {{202, "cd ?"}, {203, "cd ?"}, {204, "cd ?"},
-                                              {210, "clear reset"}, {230, "?"}, {232, "?func a"}};
+    const std::map<int, std::string> lines = {{202, "cd ?"},        {203, "cd ?"}, {204, "cd ?"},
+                                              {210, "clear reset"}, {230, "?"},    {232, "?func a"}};
     for (const CommandRow& row : commandRows()) {
         const auto line = lines.find(row.id);
         EXPECT_EQ(row.action == CommandAction::typeText, line != lines.end()) << row.id;
@@ -46,9 +46,9 @@ TEST(ConsoleCommands, eightStepsOfZoomAreAFactorOfTwo) {
 
 TEST(ConsoleCommands, theMenusStandInOrder) {
     const std::vector<std::pair<std::string, int>> expected = {
-        {"&File", 202}, {"&File", 203}, {"&File", 204}, {"&File", 201}, {"&Run", 210},  {"&Run", 211},
-        {"&Run", 213},  {"&Run", 214},  {"&Run", 215},  {"&Run", 217},  {"&View", 220}, {"&View", 221},
-        {"&Help", 230}, {"&Help", 232}, {"&Help", 231}};
+        {"&File", 202}, {"&File", 203}, {"&File", 204}, {"&File", 201}, {"&Run", 210},
+        {"&Run", 211},  {"&Run", 213},  {"&Run", 214},  {"&Run", 215},  {"&Run", 217},
+        {"&View", 220}, {"&View", 221}, {"&Help", 230}, {"&Help", 232}, {"&Help", 231}};
     std::vector<std::pair<std::string, int>> found;
     for (const MenuRow& row : consoleMenu()) {
         found.emplace_back(row.menu, row.id);

@@ -21,8 +21,8 @@ public:
         std::string text;
         Colour background = 0;
     };
-    std::map<int, Text> lines;           ///< of the pane, by y
-    std::map<int, std::string> typed;    ///< of the input line, by x
+    std::map<int, Text> lines;         ///< of the pane, by y
+    std::map<int, std::string> typed;  ///< of the input line, by x
     int inputY = -1;
     int drawnLines = 0, invalidations = 0, fontSize = 0, closed = 0, abouts = 0, launches = 0, interrupts = 0;
     int focused = 0, raised = 0, cleared = 0;
@@ -45,7 +45,9 @@ public:
         return {pixels / 2, pixels};
     }
     void erase(const Rectangle& area) override {
-        std::erase_if(lines, [&](const auto& line) { return line.first >= area.y && line.first < area.y + area.height; });
+        std::erase_if(lines, [&](const auto& line) {
+            return line.first >= area.y && line.first < area.y + area.height;
+        });
         if (area.y == inputY) std::erase_if(typed, [&](const auto& piece) { return piece.first >= area.x; });
     }
     void drawLine(int, int y, std::string_view markedUp, Colour background) override {
@@ -101,7 +103,8 @@ protected:
     }
 
     void print(int lines) {
-        for (int i = 0; i < lines; ++i) text.print("line " + std::to_string(text.currentLine()), true, PrintMode::markup);
+        for (int i = 0; i < lines; ++i)
+            text.print("line " + std::to_string(text.currentLine()), true, PrintMode::markup);
     }
     void type(std::string_view typed) {
         for (const char c : typed) gui.onKey(KeyKind::character, static_cast<unsigned char>(c));

@@ -209,6 +209,32 @@ TEST_F(FrameTest, ATextReplacesTheOneAtItsPlace) {
     EXPECT_EQ(add<TextLabel>(1, 2.5, "d", "NE", ""), 3);
 }
 
+TEST_F(FrameTest, ATextIsFoundWhereItWasMovedTo) {
+    const auto moved = add<TextLabel>(1, 2, "a", "NE", ""), other = add<TextLabel>(5, 6, "b", "NE", "");
+    ASSERT_TRUE(frame.moveItem(moved, 4, 4));
+    EXPECT_EQ(add<TextLabel>(5, 6, "c", "NE", ""), moved) << "the first of two at one place";
+    frame.placeItem(moved, 7, 8);
+    EXPECT_EQ(add<TextLabel>(5, 6, "d", "NE", ""), other);
+    const double x = 9, y = -0.0;
+    frame.replotItem(moved, {&x, 1}, {&y, 1});
+    EXPECT_EQ(add<TextLabel>(9, 0, "e", "NE", ""), moved);
+    frame.alignText(moved, TextAlignment::of("SW"));
+    EXPECT_EQ(add<TextLabel>(9, 0, "f", "SW", ""), moved);
+    EXPECT_EQ(add<TextLabel>(9, 0, "g", "NE", ""), 3);
+    frame.alignText(0, TextAlignment::of("SW"));
+    frame.wipeFrame(2);
+    EXPECT_EQ(add<TextLabel>(5, 6, "h", "NE", ""), 2) << "a new text";
+    EXPECT_EQ(add<TextLabel>(9, 0, "i", "SW", ""), moved);
+}
+
+TEST_F(FrameTest, ATextAtNoNumberHasNoPlace) {
+    EXPECT_EQ(add<TextLabel>(NAN, 2, "a", "NE", ""), 1);
+    EXPECT_EQ(add<TextLabel>(NAN, 2, "b", "NE", ""), 2);
+    EXPECT_EQ(add<TextLabel>(1, 2, "c", "NE", ""), 3);
+    ASSERT_TRUE(frame.moveItem(3, NAN, 0));
+    EXPECT_EQ(add<TextLabel>(1, 2, "d", "NE", ""), 4);
+}
+
 TEST_F(FrameTest, WipingForgetsDragging) {
     add<SinglePoint>(1, 2, "");
     frame.dragables[1] = {};

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/errors.h"
+#include "values/kernels.h"
 #include "values/mathmatrix.h"
 
 namespace vorpen {
@@ -78,11 +79,12 @@ TEST(ElementWise, AValueMeetsItself) {
 
 TEST(ElementWise, SquaresHaveTheBitsOfThePowerFunction) {
     std::mt19937_64 bits(7);
-    const double limits[] = {0.0, -0.0, 1e-140, 1e140, 1e-170, 1e170, 5e-324, 1.7e308, INFINITY, -INFINITY, NAN};
+    const double limits[] = {0.0, -0.0, 1e-42, 1e42, 1e-140, 1e140, 1e-170, 1e170, 5e-324, 1.7e308, INFINITY, -INFINITY, NAN};
     std::vector<double> items(std::begin(limits), std::end(limits));
     for (int i = 0; i < 100000; ++i) {
         items.push_back(std::bit_cast<double>(bits()));                      // any number
         items.push_back(std::ldexp(static_cast<double>(bits() >> 11), -50));  // 0 to 8
+        items.push_back(std::ldexp(static_cast<double>(bits() >> 11), static_cast<int>(bits() % 280) - 190));
         // The square is next to a power of two.
         items.push_back(std::sqrt(1 + std::ldexp(static_cast<double>(static_cast<std::int64_t>(bits()) >> 44), -50)));
     }
@@ -93,6 +95,28 @@ TEST(ElementWise, SquaresHaveTheBitsOfThePowerFunction) {
         const double expected = std::pow(items[i], two), found = x[static_cast<int>(i)];
         if (std::isnan(expected) && std::isnan(found)) continue;
         ASSERT_EQ(std::bit_cast<std::uint64_t>(found), std::bit_cast<std::uint64_t>(expected)) << items[i];
+    }
+}
+
+TEST(ElementWise, SineAndCosineTogetherHaveTheBitsOfEachAlone) {
+    std::mt19937_64 bits(11);
+    std::vector<double> items = {0.0, -0.0, 5e-324, 1e-8, -1e-8, 1.5e-8, 0.126, 0.855469, 2.426265, 1.5707963267948966,
+                                 105414350.0, 1.7e308, INFINITY, -INFINITY, NAN};
+    for (int i = 0; i < 50000; ++i) {
+        items.push_back(std::bit_cast<double>(bits()));                               // any number
+        items.push_back(std::ldexp(static_cast<double>(bits() >> 11), -50) - 4);       // -4 to 4
+        items.push_back(std::ldexp(static_cast<double>(bits() >> 11), -44) - 256);     // -256 to 256
+        items.push_back(std::ldexp(static_cast<double>(bits() >> 11), -26));           // 0 to 1.3e8
+    }
+    std::vector<double> sines(items.size()), cosines(items.size());
+    sineAndCosine(sines.data(), cosines.data(), items.data(), static_cast<std::int64_t>(items.size()));
+    const auto expectSame = [](double found, double expected, double x) {
+        if (std::isnan(expected) && std::isnan(found)) return;
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(found), std::bit_cast<std::uint64_t>(expected)) << x;
+    };
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        expectSame(sines[i], std::sin(items[i]), items[i]);
+        expectSame(cosines[i], std::cos(items[i]), items[i]);
     }
 }
 

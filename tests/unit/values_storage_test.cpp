@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Storage rules of values: sizes, conversions, slices, erasure, joins.
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <new>
 #include <vector>
@@ -358,6 +359,36 @@ TEST(Growth, AppendsOneByOneInLinearTime) {
     EXPECT_EQ(v.size(), 100000);
     EXPECT_EQ(v[99999], 99999);
     EXPECT_LT(moves, 60);
+}
+
+TEST(LargeBlocks, AFreedOneIsUsedForAResultOfAboutItsSize) {
+    constexpr std::int64_t size = 1 << 20;
+    DoubleValue first, second, small;
+    first.setSize(size);
+    const double* block = first.data();
+    first.clear();
+    small.setSize(1000);
+    second.setSize(size - 1000);
+    EXPECT_EQ(second.data(), block);
+    // All of it can be written, and another array of the size has its own.
+    DoubleValue third;
+    third.setSize(size);
+    EXPECT_NE(third.data(), block);
+    second.fill(second.size(), 1, 1.0);
+    third.fill(third.size(), 1, 2.0);
+    EXPECT_EQ(second[0], 1.0);
+    EXPECT_EQ(second[second.size() - 1], 1.0);
+}
+
+TEST(LargeBlocks, AFreedOneIsNotKeptForAMuchSmallerResult) {
+    DoubleValue large, quarter;
+    large.setSize(4 << 20);
+    large.fill(large.size(), 1, 1.0);
+    large.clear();
+    quarter.setSize(1 << 20);
+    EXPECT_LT(malloc_usable_size(quarter.data()), std::size_t{16} << 20);
+    quarter.fill(quarter.size(), 1, 2.0);
+    EXPECT_EQ(quarter[quarter.size() - 1], 2.0);
 }
 
 TEST(SavedContents, GoBackAndForth) {

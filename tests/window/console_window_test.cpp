@@ -108,8 +108,8 @@ protected:
         mouse(QEvent::MouseButtonRelease, placeOf(row, column), Qt::LeftButton, Qt::NoButton);
     }
     void wheel(int delta, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-        QWheelEvent event(QPointF(100, 100), client().mapToGlobal(QPointF(100, 100)), {}, {0, delta}, Qt::NoButton,
-                          modifiers, Qt::NoScrollPhase, false);
+        QWheelEvent event(QPointF(100, 100), client().mapToGlobal(QPointF(100, 100)), {}, {0, delta},
+                          Qt::NoButton, modifiers, Qt::NoScrollPhase, false);
         QApplication::sendEvent(&client(), &event);
     }
     QAction* menuItem(int id) {
@@ -144,7 +144,7 @@ protected:
 using Lines = std::vector<std::string>;
 /// More than fit into the pane.
 constexpr const char* manyLines = "for k=1:60 { disp(k); }";
-constexpr QRgb green = 0xFF006400, black = 0xFF000000, selected = 0xFFFDFD96;
+constexpr QRgb green = 0xFF006400, blue = 0xFF000064, black = 0xFF000000, selected = 0xFFFDFD96;
 
 TEST_F(ConsoleWindowTest, aLineIsTypedAndAnswered) {
     EXPECT_EQ(window().windowTitle(), "Vorpen 5a");
@@ -175,7 +175,8 @@ TEST_F(ConsoleWindowTest, columnsStandUnderEachOther) {
         int first = -1;
         const int from = 1 + 20 * state.charWidth;
         for (int x = from; x < from + state.charWidth && first < 0; ++x)
-            if (image.pixel(x, stripHeight + static_cast<int>(state.yOfRow(row)) + state.lineHeight / 2) != 0xFFFFFFFF)
+            if (image.pixel(x, stripHeight + static_cast<int>(state.yOfRow(row)) + state.lineHeight / 2) !=
+                0xFFFFFFFF)
                 first = x;
         return first;
     };
@@ -299,7 +300,7 @@ TEST_F(ConsoleWindowTest, whatScrollsIsWhatIsDrawn) {
     client().scrollBar().triggerAction(QAbstractSlider::SliderSingleStepAdd);
     const QImage moved = picture();
     window().console().onVScroll(ScrollAction::end);
-    EXPECT_EQ(moved, picture());
+    EXPECT_TRUE(moved == picture());
 }
 
 TEST_F(ConsoleWindowTest, aTinyWindowComesBack) {
@@ -310,7 +311,7 @@ TEST_F(ConsoleWindowTest, aTinyWindowComesBack) {
     client().resize(800, 500);
     EXPECT_EQ(lastLine(), "4");
     EXPECT_EQ(text().wrapWidth(), window().console().scrollState().columns());
-    EXPECT_GT(inkInRow(0, black) + inkInRow(1, black), 0);
+    EXPECT_GT(inkInRow(0, blue), 0);
 }
 
 TEST_F(ConsoleWindowTest, tenMegabytesPastedAreHarmless) {
@@ -363,10 +364,12 @@ TEST_F(ConsoleWindowTest, menusRunTheirCommands) {
 TEST_F(ConsoleWindowTest, foldersAreChosenFromThreeItems) {
     for (const int id : {COMMAND_RESTORE, COMMAND_SAVE, COMMAND_CHOOSE_FOLDER}) {
         QString title;
-        later([&] {
-            title = QApplication::activeModalWidget()->windowTitle();
-            QApplication::activeModalWidget()->close();
-        }, 300);
+        later(
+            [&] {
+                title = QApplication::activeModalWidget()->windowTitle();
+                QApplication::activeModalWidget()->close();
+            },
+            300);
         choose(id);
         EXPECT_EQ(title, "cd ...");
     }
@@ -375,7 +378,8 @@ TEST_F(ConsoleWindowTest, foldersAreChosenFromThreeItems) {
 TEST_F(ConsoleWindowTest, aboutTellsWhatTheProgramIs) {
     QStringList told;
     later([&] {
-        for (const QLabel* line : QApplication::activeModalWidget()->findChildren<QLabel*>()) told << line->text();
+        for (const QLabel* line : QApplication::activeModalWidget()->findChildren<QLabel*>())
+            told << line->text();
         QApplication::activeModalWidget()->close();
     });
     choose(COMMAND_ABOUT);
@@ -467,11 +471,13 @@ TEST_F(ConsoleWindowTest, escapeEndsAPause) {
 }
 
 TEST_F(ConsoleWindowTest, abortEndsAnEndlessLoop) {
-    later([&] {
-        EXPECT_TRUE(window().windowTitle().contains("busy"));
-        EXPECT_EQ(client().cursor().shape(), Qt::WaitCursor);
-        menuItem(COMMAND_ABORT)->trigger();
-    }, 400);
+    later(
+        [&] {
+            EXPECT_TRUE(window().windowTitle().contains("busy"));
+            EXPECT_EQ(client().cursor().shape(), Qt::WaitCursor);
+            menuItem(COMMAND_ABORT)->trigger();
+        },
+        400);
     run("i=0; while 1 { i=i+1; }");
     EXPECT_EQ(lastLine(), "interrupted");
     EXPECT_EQ(window().windowTitle(), "Vorpen 5a");

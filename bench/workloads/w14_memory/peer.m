@@ -1,0 +1,3 @@
+% SPDX-License-Identifier: GPL-3.0-or-later
+x = rand(1, 10000000);
+y = x*2 + 1 - x/3;
