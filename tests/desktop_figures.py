@@ -22,6 +22,13 @@ class Figures(desktop_harness.DesktopTest):
     def type(self, line):
         self.desktop.type(line + '\n')
 
+    def type_and_wait(self, line):
+        """Types a line and waits for its end, when the console takes the keyboard."""
+        self.type(line)
+        self.tell('end of a line', 1)
+        os.remove(self.path('end of a line'))
+        self.desktop.settled(self.console)
+
     def path(self, name):
         return os.path.join(self.desktop.home, name + '.txt')
 
@@ -72,7 +79,7 @@ class Figures(desktop_harness.DesktopTest):
         self.assertEqual(self.told('event'), '5 2')
         self.desktop.until(lambda: self.desktop.has_focus(figure), 'focus of the figure')
         self.desktop.focus(self.console)
-        self.type('function y=onKeyDown(p); writetext("%s",str(getmouse("k"))); y=1; end' % self.path('event2'))
+        self.type_and_wait('function y=onKeyDown(p); writetext("%s",str(getmouse("k"))); y=1; end' % self.path('event2'))
         self.desktop.focus(figure)
         # A question for the key lets events through, so the key is held down.
         self.desktop.tool('xdotool', 'keydown', 'Left')
@@ -124,7 +131,7 @@ class Figures(desktop_harness.DesktopTest):
         self.until_count(figure, BLUE, 300, 'the second line')
 
     def test_a_figure_closes_alone(self):
-        self.type('figure(1); figure(2);')
+        self.type_and_wait('figure(1); figure(2);')
         second = self.desktop.window('Figure 2')
         self.desktop.close_window(second)
         self.desktop.no_window('Figure 2')
