@@ -439,6 +439,8 @@ void GuiClass::runAside(const std::function<void()>& call) {
         ~Aside() {
             console.isRunning_ = false;
             console.showOutput();
+            // The caret may have been hidden.
+            console.redrawLine();
         }
         Aside(const Aside&) = delete;
         Aside& operator=(const Aside&) = delete;

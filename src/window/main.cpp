@@ -75,7 +75,6 @@ void onMessage(QtMsgType type, const QMessageLogContext& place, const QString& t
 int run(int count, char** words) {
     usualHandler = qInstallMessageHandler(onMessageAtStart);
     QApplication application(count, words);
-    if (!usualHandler) usualHandler = qInstallMessageHandler(nullptr);
     qInstallMessageHandler(onMessage);
     QApplication::setApplicationName("vorpen");
     QApplication::setApplicationVersion(VORPEN_VERSION);

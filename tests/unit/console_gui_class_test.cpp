@@ -449,6 +449,21 @@ TEST_F(GuiClassTest, outputOfARunIsShownWhenItWaits) {
     enter("x");
 }
 
+TEST_F(GuiClassTest, whatRunsAsideLeavesTheEditorAsItWas) {
+    type("half a l");
+    gui.runAside([&] {
+        EXPECT_TRUE(gui.isRunning());
+        text.print("from an event", true, PrintMode::markup);
+        gui.showOutput();
+        EXPECT_FALSE(view.caret);
+        type("ine");
+    });
+    EXPECT_TRUE(view.caret) << "nothing was printed since, and the caret is back";
+    EXPECT_EQ(view.inputLine(), "1>half a l ");
+    gui.giveKeptKeys();
+    EXPECT_EQ(gui.line().line(), "half a line");
+}
+
 TEST_F(GuiClassTest, whileAnotherConsoleComputesNothingStarts) {
     turns.isComputing = true;
     type("1+1\r");
