@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <cmath>
 #include <new>
+#include <utility>
 
 #include "base/errors.h"
+#include "base/interrupt.h"
 #include "eval/elements.h"
 #include "eval/indexing.h"
 
@@ -58,26 +60,43 @@ bool sumsAreExact(const SequenceElement::Range& range) {
            std::abs(range.start) + std::abs(range.step) * range.count < limit;
 }
 
-void fillItems(const SequenceElement::Range& range, DoubleValue& out) {
-    double* to = out.data();
-    if (sumsAreExact(range)) {
-        for (int i = 0; i < range.count; ++i) to[i] = range.start + i * range.step;
-        return;
+/// Elements from one look at the interrupt to the next.
+constexpr int fillBlock = 1 << 18;
+
+/// A function of an index that gives each element in turn.
+template <class Kind, class Next>
+void fillInBlocks(Kind& out, int count, Next next) {
+    auto* to = out.data();
+    for (int i = 0; i < count;) {
+        const int end = i + std::min(fillBlock, count - i);
+        for (; i < end; ++i) to[i] = next(i);
+        checkInterrupt();
     }
+}
+
+void fillItems(const SequenceElement::Range& range, DoubleValue& out) {
+    if (sumsAreExact(range))
+        return fillInBlocks(out, range.count, [&](int i) { return range.start + i * range.step; });
     double x = range.start;
-    for (int i = 0; i < range.count; ++i, x += range.step) to[i] = x;
+    fillInBlocks(out, range.count, [&](int) { return std::exchange(x, x + range.step); });
 }
 
 void fillItems(const SequenceElement::Range& range, IntValue& out) {
     const auto step = static_cast<unsigned>(truncateToInt(range.step));
-    auto x = static_cast<unsigned>(truncateToInt(range.start));
-    for (int i = 0; i < range.count; ++i, x += step) out[i] = static_cast<int>(x);
+    const auto start = static_cast<unsigned>(truncateToInt(range.start));
+    fillInBlocks(out, range.count, [&](int i) { return static_cast<int>(start + static_cast<unsigned>(i) * step); });
 }
 
 template <class Kind>
 void fillRange(const SequenceElement::Range& range, Kind& out) {
     out.setSizeShapeMark(range.count, range.count > 0 ? 1 : 0, FORM_NUMERIC);
-    fillItems(range, out);
+    try {
+        fillItems(range, out);
+    } catch (...) {
+        // Interrupted: nothing that was never written is left to be read.
+        out.clear();
+        throw;
+    }
 }
 
 template <class T>
