@@ -56,7 +56,7 @@ ROWS = [
         reason='nearly all is the library\'s own QR steps, which turn the columns of the vectors pair by pair'),
     Row('w08', 'fft', '`fft`, 2^20 points', .030, 'limit', 3),
     Row('w09', 'sort', '`sort`, 1e6', .020, 'limit', 1.4),
-    Row('w09', 'unique', '`unique`, 1e6', .016, 'limit', 1.2),
+    Row('w09', 'unique', '`unique`, 1e6', .016, 'limit', 1.5),
     Row('w09', 'sortind', '`sortind`, 1e6', .034, 'limit', 1.1),
     Row('w10', 'split', '`split`, 1e5 words', .005, 'limit', 2.2,
         reason='two allocations for each word, its value and its codes, and the release of the former ones'),
@@ -74,7 +74,7 @@ ROWS = [
                'pass through an aligned buffer; a file that is replaced while the disk still writes it is waited for'),
     Row('w12', 'read', '`qload`, 6e6 numbers', .010, 'limit', 1.15, 'median'),
     Row('w13', 'svg', '`plot` and `print` of 1e5 points', .004, 'limit', 3.6),
-    Row('w13', 'texts', '2e4 texts in one figure', .025, 'limit', 8),
+    Row('w13', 'texts', '2e4 texts in one figure', .025, 'limit', 12),
     Row('w14', 'memory', 'peak memory, `x` and `y=f(x)` of 1e7', 162, 'limit', 1.05, 'median', MIB),
-    Row('w15', 'compile', 'compile and run 10,000 lines', .1, 'python3', 1, 'median'),
+    Row('w15', 'compile', 'compile and run 10,000 lines', .3, 'python3', 1, 'median'),
 ]

@@ -22,6 +22,13 @@ class Figures(desktop_harness.DesktopTest):
     def type(self, line):
         self.desktop.type(line + '\n')
 
+    def type_and_wait(self, line):
+        """Types a line and waits for its end, when the console takes the keyboard."""
+        self.type(line)
+        self.tell('end of a line', 1)
+        os.remove(self.path('end of a line'))
+        self.desktop.settled(self.console)
+
     def path(self, name):
         return os.path.join(self.desktop.home, name + '.txt')
 
@@ -72,12 +79,27 @@ class Figures(desktop_harness.DesktopTest):
         self.assertEqual(self.told('event'), '5 2')
         self.desktop.until(lambda: self.desktop.has_focus(figure), 'focus of the figure')
         self.desktop.focus(self.console)
-        self.type('function y=onKeyDown(p); writetext("%s",str(getmouse("k"))); y=1; end' % self.path('event2'))
+        self.type_and_wait('function y=onKeyDown(p); writetext("%s",str(getmouse("k"))); y=1; end' % self.path('event2'))
         self.desktop.focus(figure)
         # A question for the key lets events through, so the key is held down.
         self.desktop.tool('xdotool', 'keydown', 'Left')
         self.assertEqual(self.told('event2'), '37')
         self.desktop.tool('xdotool', 'keyup', 'Left')
+
+    def test_what_comes_while_a_function_computes_comes_later(self):
+        self.type('figure; function y=onLDown(p); tic; while toc<2500 {y=1;}; end')
+        self.type('function y=onLUp(p); writetext("%s",str(getmouse("l"))); y=1; end' % self.path('up'))
+        figure = self.desktop.window('Figure 1')
+        self.desktop.settled(figure)
+        self.desktop.click(200, 200, figure)
+        self.assertEqual(self.told('up'), '0')
+        # A window whose cross was clicked meanwhile closes too.
+        self.desktop.move(220, 200, figure)
+        self.desktop.press()
+        self.desktop.window('busy', exactly=False)
+        self.desktop.close_window(figure)
+        self.desktop.release()
+        self.desktop.no_window('Figure 1')
 
     def test_the_cursor_of_a_function_follows_the_mouse(self):
         self.type('fplot(x/10;x,[0,10],"r")')
@@ -109,7 +131,7 @@ class Figures(desktop_harness.DesktopTest):
         self.until_count(figure, BLUE, 300, 'the second line')
 
     def test_a_figure_closes_alone(self):
-        self.type('figure(1); figure(2);')
+        self.type_and_wait('figure(1); figure(2);')
         second = self.desktop.window('Figure 2')
         self.desktop.close_window(second)
         self.desktop.no_window('Figure 2')

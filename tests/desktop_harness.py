@@ -145,7 +145,12 @@ class Desktop:
         return self
 
     def __exit__(self, *failure):
-        self.end_programs()
+        try:
+            self.end_programs()
+        finally:
+            self.end_services()
+
+    def end_services(self):
         for service in reversed(self.services):
             service.kill()
             service.wait()
@@ -181,8 +186,19 @@ class Desktop:
 
     @property
     def program_folder(self):
-        """Where an installed program keeps its files."""
-        return os.path.join(self.home, 'data', 'vorpen')
+        """Where a program keeps its files: it stands there itself, since that may be written to."""
+        return os.path.join(self.home, 'bin')
+
+    def place(self, program):
+        """Puts a program of the build with its helpers into the home; the path of it there."""
+        source, name = os.path.split(program)
+        if not os.path.isdir(self.program_folder):
+            os.mkdir(self.program_folder)
+            os.symlink(os.path.join(os.path.dirname(source), 'share'), os.path.join(self.home, 'share'))
+            for one in (name, 'vorpen-cli', 'VorpenHelp', 'lookup'):
+                if os.path.exists(os.path.join(source, one)):
+                    shutil.copy(os.path.join(source, one), self.program_folder)
+        return os.path.join(self.program_folder, name)
 
     def run(self, *command, cwd=None, **variables):
         """Starts a program as one would in a terminal of this desktop."""
@@ -209,7 +225,10 @@ class Desktop:
                 pass
             program.wait()
             os.close(program.terminal)
-        self.programs.clear()
+        if self.programs and self.services:
+            self.programs.clear()
+            # The server takes a moment to notice; the next test shall not meet them.
+            self.until(lambda: not self.titles(), 'end of all windows')
 
     def wait_for_end(self, program):
         """The exit status of a program that ends by itself."""
@@ -422,7 +441,7 @@ class DesktopTest(unittest.TestCase):
         self.addCleanup(self.desktop.end_programs)
 
     def run_program(self, *arguments, **options):
-        return self.desktop.run(PROGRAM, *arguments, **options)
+        return self.desktop.run(self.desktop.place(PROGRAM), *arguments, **options)
 
 
 def main(usage):

@@ -63,5 +63,73 @@ class Harness(desktop_harness.DesktopTest):
             self.desktop.window('Any')
 
 
+class Program(desktop_harness.DesktopTest):
+    TITLE = 'Vorpen 5a'
+
+    def start(self, *arguments, **options):
+        program = self.run_program(*arguments, **options)
+        window = self.desktop.window(self.TITLE)
+        self.desktop.focus(window)
+        return program, window
+
+    def content(self, name, folder=None):
+        """What a file holds, once it is there."""
+        path = os.path.join(folder or self.desktop.home, name)
+
+        def read():
+            try:
+                with open(path) as file:
+                    return file.read()
+            except OSError:
+                return ''
+        return self.desktop.until(read, 'the file ' + path)
+
+    def test_a_typed_line_is_shown_and_answered(self):
+        _, window = self.start()
+        pane = (0, 50, 800, 500)  # below the menu and the buttons
+        height = lambda: (self.desktop.picture(window, pane).box_except(WHITE) or (0, 0, 0, 0))[3]
+        prompt = self.desktop.until(height, 'a prompt')
+        self.desktop.type('6*7\n')
+        # The line, its answer and the next prompt are three rows.
+        self.desktop.until(lambda: height() >= prompt + 2 * 12, 'two rows more')
+        self.desktop.type('writetext("answer.txt",list(str(ans)))\n')
+        self.assertEqual(self.content('answer.txt').strip(), '42')
+
+    def test_a_session_is_kept(self):
+        program, window = self.start()
+        self.desktop.type('kept=17;writetext("done.txt",list("done"))\n')
+        self.content('done.txt')
+        self.desktop.close_window(window)
+        self.assertEqual(self.desktop.wait_for_end(program), 0)
+        self.assertIn('vorpen_env.bin', os.listdir(self.desktop.program_folder))
+        self.desktop.end_programs()
+        self.start()
+        self.desktop.type('writetext("again.txt",list(str(kept)))\n')
+        self.assertEqual(self.content('again.txt').strip(), '17')
+
+    def test_a_script_is_run_in_its_directory(self):
+        folder = os.path.join(self.desktop.home, 'a folder')
+        os.mkdir(folder)
+        with open(os.path.join(folder, 'first.vrp'), 'w') as script:
+            script.write('x=6*7;\nwritetext("answer.txt",list(str(x)));\n')
+        self.start(os.path.join(folder, 'first.vrp'))
+        self.assertEqual(self.content('answer.txt', folder).strip(), '42')
+
+    def test_its_icon_is_shown_in_the_task_bar(self):
+        _, window = self.start()
+        self.desktop.until(lambda: 'Icon (48 x 48)' in self.desktop.tool('xprop', '-id', str(window), '_NET_WM_ICON'),
+                           'the icon')
+        self.assertIn('"vorpen"', self.desktop.tool('xprop', '-id', str(window), 'WM_CLASS'))
+
+    def test_options_are_for_the_terminal(self):
+        done = subprocess.run([desktop_harness.PROGRAM, '--home', self.desktop.home, '-e', '6*7'], capture_output=True,
+                              env=self.desktop.variables, timeout=desktop_harness.SECONDS)
+        self.assertEqual((done.stdout.split()[:1], done.stderr, done.returncode), ([b'42'], b'', 0))
+
+    def test_a_launcher_gives_it_no_terminal(self):
+        self.desktop.run('sh', '-c', '"$0" </dev/null', self.desktop.place(desktop_harness.PROGRAM))
+        self.desktop.window(self.TITLE)
+
+
 if __name__ == '__main__':
     desktop_harness.main(__doc__)

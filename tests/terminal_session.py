@@ -82,6 +82,8 @@ class Screen:
         elif final in 'CD':
             step = int(parameters or 1)
             self.column = min(self.column + step, self.columns - 1) if final == 'C' else max(self.column - step, 0)
+        elif final == 'A':
+            self.row = max(self.row - int(parameters or 1), 0)
         elif final == 'K' and not parameters:
             del self.rows[self.row][self.column:]
         elif final == 'J' and not parameters:
@@ -121,6 +123,16 @@ class Talk:
         self.screen.columns = columns
         fcntl.ioctl(self.terminal, termios.TIOCSWINSZ, struct.pack('HHHH', rows, columns, 0, 0))
 
+    def fold(self, columns):
+        """As resize, in a terminal that folds rows that are too long for it."""
+        screen, rows = self.screen, []
+        for number, cells in enumerate(screen.rows):
+            if number == screen.row:
+                screen.row, screen.column = len(rows) + screen.column // columns, screen.column % columns
+            rows += [cells[at:at + columns] for at in range(0, max(len(cells), 1), columns)]
+        screen.rows = rows + [[] for _ in range(screen.row + 1 - len(rows))]
+        self.resize(columns, 5)
+
     def read(self, seconds):
         """Reads what comes within a time; False at the end of the program."""
         if not self.ended and select.select([self.terminal], [], [], seconds)[0]:
@@ -159,6 +171,10 @@ class Talk:
 
     def line_is(self, line):
         self.until(lambda: self.screen.lines()[self.screen.row] == line, repr(line))
+
+    def runs(self):
+        """Waits until a line has begun to run."""
+        self.until(lambda: '?2004' not in self.screen.modes, 'the start')
 
     def is_sane(self):
         """Whether the terminal shows what is typed, by lines, and takes no paste marks."""
@@ -295,6 +311,17 @@ class Editing(TerminalTest):
         talk.send('5+2\r')
         talk.shows('7')
 
+    def test_who_looks_for_the_way_out_is_told(self):
+        talk = self.talk()
+        talk.send('quit\r')
+        talk.prompt(2)
+        self.assertEqual(talk.screen.folded()[-2:], ['(Control+D leaves)', '2>'])
+        talk.send('quit=5;\r')
+        talk.prompt(3)
+        talk.send('quit\r')
+        talk.prompt(4)
+        self.assertEqual(talk.screen.folded()[-2:], ['5', '4>'])
+
     def test_control_d_leaves_only_at_an_empty_line(self):
         talk = self.talk()
         talk.send(b'ab' + HOME + b'\x04')
@@ -412,6 +439,26 @@ class Sizes(TerminalTest):
         talk.until(lambda: len(talk.screen.lines()[talk.screen.row]) < 12, 'a shorter row')
         talk.resize(100, 30)
         talk.line_is('1> 1' + '+1' * 20)
+
+    def test_rows_that_the_terminal_folded_are_gone(self):
+        talk = self.talk()
+        talk.send('7\r')
+        talk.prompt(2)
+        talk.send('1' + '+1' * 20)
+        talk.line_is('2> 1' + '+1' * 20)
+        talk.fold(12)
+        talk.until(lambda: len(talk.screen.lines()) == 3 and talk.screen.lines()[2].endswith('+1'), 'one row')
+        self.assertEqual(talk.screen.folded()[:2], ['1> 7', '7'])
+
+    def test_rows_that_the_terminal_cut_stay(self):
+        talk = self.talk(XTERM_VERSION='XTerm(379)')
+        talk.send('7\r')
+        talk.prompt(2)
+        talk.send('1' + '+1' * 20)
+        talk.line_is('2> 1' + '+1' * 20)
+        talk.resize(12, 5)
+        talk.until(lambda: len(talk.screen.lines()[2]) < 12, 'a shorter row')
+        self.assertEqual(talk.screen.folded()[:2], ['1> 7', '7'])
 
     def test_one_by_one(self):
         talk = Talk(self.folder, '--no-session', size=(1, 1))
@@ -533,7 +580,8 @@ class Killing(TerminalTest):
             time.sleep(0.3)
             os.kill(talk.child, sent)
             self.assertNotEqual(talk.end(), 0)
-            self.assertTrue(talk.is_sane())
+            # Nothing can answer the first one; a shell brings the terminal back.
+            self.assertTrue(sent == signal.SIGKILL or talk.is_sane())
             self.assertEqual(read(), former)
 
 
@@ -561,15 +609,76 @@ class AskingTheUser(TerminalTest):
 
     def test_message_box(self):
         talk = self.talk()
-        talk.send('messageBox("hello");\r')
+        talk.send('x=1; messageBox("hello"); x=2;\r')
+        talk.shows('hello [Enter]')
+        talk.send('abc')
+        talk.send('\r')
         talk.prompt(2)
-        self.assertIn('hello', talk.screen.folded())
+        self.assertEqual(talk.screen.folded(), ['1> x=1; messageBox("hello"); x=2;', 'hello [Enter]', '2>'])
+        talk.send('x\r')
+        talk.shows('2')
+
+    def test_message_box_ends_at_an_interrupt(self):
+        talk = self.talk()
+        talk.send('x=1; messageBox("hello"); x=2;\r')
+        talk.shows('hello [Enter]')
+        talk.send('\x03')
+        talk.prompt(2)
+        self.assertIn('interrupted', talk.screen.folded())
+        talk.send('x\r')
+        talk.shows('1')
 
     def test_from_a_pipe(self):
         session = end_to_end.Session()
         session.folder = self.folder
         self.assertEqual(session.shown(typed='x=getline("");\nabc\nkey=getch\nAsize(x)\n'), ['abc', 'A', '65', '3'])
         self.assertEqual(session.shown(typed='getch', status=1), ['in getch: end of input'])
+        out, err, status = session.run_program(typed='messageBox("hello");\n7\n')
+        self.assertEqual((out.split(), err, status), ([b'7'], 'hello\n', 0))
+
+
+class TypingAhead(TerminalTest):
+    def test_keys_during_a_run_are_for_the_next_prompt(self):
+        talk = self.talk()
+        talk.send('pause(700); x=3\r')
+        talk.runs()
+        talk.send('x+4' + 'y' + '\x7f' + '\r' + 'half')
+        talk.until(lambda: talk.screen.lines()[talk.screen.row] == '3> half', 'the second line')
+        self.assertEqual(talk.screen.folded(), ['1> pause(700); x=3', '3', '2> x+4', '7', '3> half'])
+
+    def test_they_are_not_shown_between_the_output(self):
+        talk = self.talk()
+        talk.send('for i=1:3 { pause(300); i };\r')
+        talk.runs()
+        talk.send('zzz')
+        talk.until(lambda: talk.screen.lines()[talk.screen.row] == '2> zzz', 'the keys')
+        self.assertEqual(talk.screen.folded(), ['1> for i=1:3 { pause(300); i };', '1', '2', '3', '2> zzz'])
+
+    def test_an_interrupt_drops_them(self):
+        talk = self.talk()
+        talk.send('while 1 {}\r')
+        talk.runs()
+        talk.send('1+1\r')
+        talk.send('\x03')
+        talk.prompt(2)
+        self.assertEqual(talk.screen.folded(), ['1> while 1 {}', 'interrupted', '2>'])
+
+    def test_a_question_shows_what_is_typed(self):
+        talk = self.talk('--session')
+        talk.send('cd clear\r')
+        talk.until(lambda: talk.screen.lines()[talk.screen.row].rstrip().endswith('[y/n]'), 'the question')
+        self.assertTrue(talk.is_sane())
+        talk.send('n\n')
+        talk.prompt(2)
+
+    def test_the_terminal_after_each_end(self):
+        talk = self.talk()
+        talk.send('while 1 {}\r')
+        talk.runs()
+        self.assertFalse(termios.tcgetattr(talk.terminal)[3] & termios.ECHO)
+        os.kill(talk.child, signal.SIGTERM)
+        self.assertNotEqual(talk.end(), 0)
+        self.assertTrue(talk.is_sane())
 
 
 class LongRuns(TerminalTest):

@@ -11,11 +11,9 @@ namespace vorpen {
 
 void keepFreedMemory() {
 #ifdef __GLIBC__
-    // The largest that the library accepts, and the twofold, as it keeps them
-    // itself.
-    constexpr int largestReused = 32 << 20;
-    mallopt(M_MMAP_THRESHOLD, largestReused);
-    mallopt(M_TRIM_THRESHOLD, 2 * largestReused);
+    constexpr int mebibyte = 1 << 20;
+    mallopt(M_MMAP_THRESHOLD, 4 * mebibyte);
+    mallopt(M_TRIM_THRESHOLD, 64 * mebibyte);
 #endif
 }
 

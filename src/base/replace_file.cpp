@@ -2,15 +2,19 @@
 #include "base/replace_file.h"
 
 #include <fcntl.h>
+#include <signal.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <memory>
 #include <new>
+#include <optional>
 #include <random>
 #include <streambuf>
 #include <system_error>
@@ -44,10 +48,41 @@ private:
     fs::path path_;
 };
 
-/// A name beside the target that two running programs do not share.
+constexpr std::string_view temporaryEnding = ".tmp";
+
+/// A name beside the target that two running programs do not share. It has the
+/// process in it, so that it is known when nobody will use the file any more.
 fs::path temporaryName(const fs::path& target) {
     static std::mt19937_64 generator{std::random_device{}()};
-    return target.string() + "." + std::to_string(generator() % 1'000'000'000u) + ".tmp";
+    return target.string() + "." + std::to_string(getpid()) + "-" + std::to_string(generator() % 1'000'000'000u) +
+           std::string(temporaryEnding);
+}
+
+std::optional<pid_t> numberOf(std::string_view digits) {
+    pid_t number = 0;
+    const auto [end, fault] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    if (fault != std::errc() || end != digits.data() + digits.size() || number < 0) return std::nullopt;
+    return number;
+}
+
+/// The process that a temporary file belongs to, if this is the name of one.
+std::optional<pid_t> ownerOf(std::string_view name) {
+    if (!name.ends_with(temporaryEnding)) return std::nullopt;
+    name.remove_suffix(temporaryEnding.size());
+    name.remove_prefix(std::min(name.rfind('.') + 1, name.size()));
+    const std::size_t dash = name.find('-');
+    if (dash == name.npos || !numberOf(name.substr(dash + 1))) return std::nullopt;
+    return numberOf(name.substr(0, dash));
+}
+
+/// Whether nobody holds the file: not another machine either, which has other
+/// processes of the same numbers.
+bool isUnlocked(const fs::path& path) {
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+    if (file < 0) return false;
+    const bool unlocked = flock(file, LOCK_EX | LOCK_NB) == 0;
+    close(file);
+    return unlocked;
 }
 
 /// A file to write to. What goes to the system begins at a multiple of the
@@ -60,6 +95,8 @@ public:
         : file_(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)),
           buffer_(static_cast<char*>(std::aligned_alloc(pageBytes, bufferBytes))) {
         if (!buffer_) throw std::bad_alloc();
+        // See isUnlocked; where there are no locks, there is none.
+        if (file_ >= 0) flock(file_, LOCK_EX | LOCK_NB);
     }
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
@@ -153,6 +190,20 @@ bool replaceFile(const std::string& path, const std::function<void(std::ostream&
     if (!file.isOpen() || !writeAll(file, write, durability)) return false;
     if (fs::exists(old)) fs::permissions(temporary.path(), old.permissions(), failure);
     return temporary.renameTo(target);
+}
+
+void removeAbandonedTemporaries(const std::string& directory, std::string_view nameStart) {
+    std::error_code failure;
+    for (auto entry = fs::directory_iterator(directory, failure); !failure && entry != fs::directory_iterator();
+         entry.increment(failure)) {
+        const std::string name = entry->path().filename().string();
+        if (!name.starts_with(nameStart)) continue;
+        const auto owner = ownerOf(name);
+        if (!owner || *owner == 0 || kill(*owner, 0) == 0 || errno != ESRCH) continue;
+        std::error_code ignored;
+        if (entry->is_regular_file(ignored) && !entry->is_symlink(ignored) && isUnlocked(entry->path()))
+            fs::remove(entry->path(), ignored);
+    }
 }
 
 }  // namespace vorpen

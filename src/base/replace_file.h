@@ -9,6 +9,7 @@
 #include <functional>
 #include <ostream>
 #include <string>
+#include <string_view>
 
 namespace vorpen {
 
@@ -25,5 +26,10 @@ enum class Durability {
 /// permissions. A device or a pipe is written to as it is.
 [[nodiscard]] bool replaceFile(const std::string& path, const std::function<void(std::ostream&)>& write,
                                Durability durability = Durability::ofProgram);
+
+/// Removes the temporary files of replaceFile that processes left in a directory
+/// when they were killed while they wrote, for targets whose names begin so. One
+/// whose process lives, or which anybody has open to write it, is left alone.
+void removeAbandonedTemporaries(const std::string& directory, std::string_view nameStart);
 
 }  // namespace vorpen

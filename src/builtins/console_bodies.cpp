@@ -35,6 +35,7 @@ int showBox(const Value& text) {
     std::string shown;
     text.toString(shown);
     engineContext().surroundings().messageBox({}, shown);
+    checkInterrupt();
     return okButton;
 }
 

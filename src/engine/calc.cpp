@@ -6,8 +6,10 @@
 #include <exception>
 #include <vector>
 
+#include "base/encoding.h"
 #include "base/errors.h"
 #include "base/interrupt.h"
+#include "base/replace_file.h"
 #include "builtins/engine_context.h"
 #include "builtins/fit_figure_drawing.h"
 #include "engine/query.h"
@@ -153,6 +155,7 @@ void Calc::connect() {
 }
 
 void Calc::loadFormerRun() {
+    removeAbandonedTemporaries(toUtf8(programDirectory_), "vorpen_");
     loadSession(programDirectory_, symbols_, host_);
     history_.loadHistory(programDirectory_);
     paths_.load(programDirectory_, host_);

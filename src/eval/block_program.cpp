@@ -542,87 +542,73 @@ struct NumberEntry {
 
 /// The most frequent array expression: variables and constants, the arrays of
 /// one shape and no longer than a block, joined by element-wise operators.
-/// Answers false, with nothing changed, for anything else.
 class OneShapeRun {
 public:
+    static constexpr int maxDepth = 4;
+
+    /// False, with nothing changed, for any other expression.
     bool run(std::span<const Instruction> code, Value* workspace) {
         if (!workspace || workspace->valueType() != DOUBLE_VAL) return false;
+        Item* top = stack_ - 1;
         for (const Instruction& in : code) {
-            Value* result = &in == &code.back() ? workspace : nullptr;
-            switch (in.kind) {
-                case Kind::pushDouble:
-                    if (!push(*in.variable)) return false;
-                    break;
-                case Kind::pushNumber: pushNumber(in.number, in.mark); break;
-                case Kind::operate:
-                    if (!operate(in.op, result)) return false;
-                    break;
-                case Kind::operateDouble:
-                    if (!push(*in.variable) || !operate(in.op, result)) return false;
-                    break;
-                case Kind::operateNumber:
-                    pushNumber(in.number, in.mark);
-                    if (!operate(in.op, result)) return false;
-                    break;
-                default: return false;
+            const bool takesOperand = in.kind != Kind::operate;
+            if (takesOperand && !read(in, *++top)) return false;
+            if (in.kind == Kind::pushDouble || in.kind == Kind::pushNumber) continue;
+            --top;
+            const bool isResult = &in == &code.back();
+            if (!top[0].operand.one || !top[1].operand.one) {
+                if (!isElementwise(in.op)) return false;
+                double* target = isResult ? prepare(workspace, top->mark) : blocks_ + (top - stack_) * blockSize;
+                applyOperator(in.op, target, top[0].operand, top[1].operand, shape_.size);
+                top->operand = {target, false};
+            } else {
+                if (isResult) return false;
+                top->number = applyNumbers(in.op, *top[0].operand.items, *top[1].operand.items);
+                top->operand = {&top->number, true};
             }
         }
         return true;
     }
 
-    static constexpr int maxDepth = 4;
-
 private:
     struct Item {
-        const double* items;  ///< null for a number
+        Operand operand;  ///< an array, or the number below
         double number;
         int mark;
     };
+    struct Shape {
+        int size, nrow;
+    };
 
-    void pushNumber(double x, int mark) { *end_++ = {nullptr, x, mark}; }
-
-    bool push(const Value& variable) {
-        const auto& v = static_cast<const DoubleValue&>(variable);
-        if (isNumber(v)) {
-            pushNumber(v[0], v.mark());
-            return true;
+    bool read(const Instruction& in, Item& item) {
+        switch (in.kind) {
+            case Kind::pushDouble:
+            case Kind::operateDouble: return readVariable(static_cast<const DoubleValue&>(*in.variable), item);
+            case Kind::pushNumber:
+            case Kind::operateNumber:
+                item.operand = {&in.number, true};
+                item.mark = in.mark;
+                return true;
+            default: return false;
         }
-        if (v.size() < 2 || v.size() > blockSize) return false;
-        if (size_ == 0) {
-            size_ = v.size();
-            nrow_ = v.nrow();
-        } else if (size_ != v.size() || nrow_ != v.nrow()) {
-            return false;
-        }
-        *end_++ = {v.data(), 0, v.mark()};
-        return true;
     }
 
-    bool operate(int code, Value* result) {
-        Item& right = *--end_;
-        Item& left = end_[-1];
-        if (!left.items && !right.items) {
-            left.number = applyNumbers(code, left.number, right.number);
-            return !result;
-        }
-        if (!isElementwise(code)) return false;
-        double* target = blocks_ + (end_ - 1 - stack_) * blockSize;
-        if (result) {
-            result->setSizeShapeMark(size_, nrow_, left.mark);
-            target = static_cast<DoubleValue*>(result)->data();
-        }
-        applyOperator(code, target, operandOf(left), operandOf(right), size_);
-        left.items = target;
-        return true;
+    bool readVariable(const DoubleValue& variable, Item& item) {
+        item.operand = {variable.data(), isNumber(variable)};
+        item.mark = variable.mark();
+        if (item.operand.one) return true;
+        const Shape shape{variable.size(), variable.nrow()};
+        if (shape_.size == 0 && shape.size >= 2 && shape.size <= blockSize) shape_ = shape;
+        return shape_.size != 0 && shape.size == shape_.size && shape.nrow == shape_.nrow;
     }
 
-    static Operand operandOf(const Item& item) {
-        return item.items ? Operand{item.items, false} : Operand{&item.number, true};
+    double* prepare(Value* workspace, int mark) const {
+        workspace->setSizeShapeMark(shape_.size, shape_.nrow, mark);
+        return static_cast<DoubleValue*>(workspace)->data();
     }
 
-    int size_ = 0, nrow_ = 0;
+    Shape shape_{0, 0};
     Item stack_[maxDepth];
-    Item* end_ = stack_;
     alignas(64) double blocks_[maxDepth * blockSize];
 };
 

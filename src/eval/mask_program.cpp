@@ -29,6 +29,13 @@ bool MaskProgram::applies(const ComparatorElement& comparison) {
 
 namespace {
 
+/// A comparison of two numbers fills the block: it meets arrays elsewhere.
+void compareBlock(int op, unsigned char* truths, Operand a, Operand b, std::int64_t n) {
+    const bool areNumbers = a.one && b.one;
+    compareItems(op, truths, a, b, areNumbers ? 1 : n);
+    if (areNumbers) std::memset(truths, truths[0], n);
+}
+
 /// The last part of a chain as applies() lets it through.
 bool isNumber(const Evaluatable& part) {
     if (const auto* variable = dynamic_cast<const ValueElement*>(&part)) return variable->variable()->size() == 1;
@@ -126,20 +133,9 @@ void MaskRun::compare(const Comparison& comparison, unsigned char* truths, std::
     unsigned char further[blockSize];
     const Operand a = operandOf(comparison.a, begin, n, converted[0]);
     const Operand b = operandOf(comparison.b, begin, n, converted[1]);
-    if (a.one && b.one) {
-        // Meets arrays in other comparisons.
-        compareItems(comparison.op1, truths, a, b, 1);
-        std::memset(truths, truths[0], n);
-    } else {
-        compareItems(comparison.op1, truths, a, b, n);
-    }
+    compareBlock(comparison.op1, truths, a, b, n);
     if (comparison.op2 == 0) return;
-    if (b.one) {
-        compareItems(comparison.op2, further, b, operandOf(comparison.c, begin, n, nullptr), 1);
-        std::memset(further, further[0], n);
-    } else {
-        compareItems(comparison.op2, further, b, operandOf(comparison.c, begin, n, nullptr), n);
-    }
+    compareBlock(comparison.op2, further, b, {&comparison.c.number, true}, n);
     joinTruths(OP_AND, truths, further, n);
 }
 

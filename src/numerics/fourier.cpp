@@ -31,9 +31,15 @@ constexpr std::size_t factorsAtOnce = 256;
 constexpr int tileBits = 5;
 constexpr std::size_t tile = std::size_t{1} << tileBits;
 
-/// parallelFor with the sizes of this file.
+/// From this length on several threads work. There are a few steps that all of
+/// them have to end, and on a busy machine the wait for another thread is as
+/// long as a shorter transform.
+constexpr std::size_t threadedLength = std::size_t{1} << 19;
+
+/// Calls work(begin, end) on pieces that cover 0 to n, in a transform of a length.
 template <class Work>
-void inPieces(std::size_t n, std::size_t grain, const Work& work) {
+void inPieces(std::size_t length, std::size_t n, std::size_t grain, const Work& work) {
+    if (length < threadedLength) return work(std::size_t{0}, n);
     parallelFor(static_cast<std::int64_t>(n), static_cast<std::int64_t>(grain),
                 [&work](std::int64_t begin, std::int64_t end) {
                     work(static_cast<std::size_t>(begin), static_cast<std::size_t>(end));
@@ -80,7 +86,7 @@ void reverseBits(std::span<Complex> z) {
         }
     };
     // The tiles that change places are the matter of the one with the lower number.
-    inPieces(z.size(), tile * tile, [&](std::size_t begin, std::size_t end) {
+    inPieces(z.size(), z.size(), tile * tile, [&](std::size_t begin, std::size_t end) {
         Square first, second;
         for (std::size_t middle = begin / (tile * tile); middle < end / (tile * tile); ++middle) {
             const std::size_t other = reversed(middle, middleBits);
@@ -189,7 +195,7 @@ void joinLong(std::span<Complex> z, std::size_t length, double sign, std::vector
     made.resize(2 * length);
     factorsOf(length, sign).make(made.data() + 2, length - 1);
     // Pieces are of pairs, counted as they lie.
-    inPieces(z.size() / 2, factorsAtOnce, [&](std::size_t begin, std::size_t end) {
+    inPieces(z.size(), z.size() / 2, factorsAtOnce, [&](std::size_t begin, std::size_t end) {
         for (std::size_t at = begin; at < end;) {
             const std::size_t a = at % length, b = (at - a) * 2;
             const std::size_t count = std::min(end - at, length - a);
@@ -208,7 +214,7 @@ void fourierTransform(std::span<Complex> z, FourierDirection direction) {
     const double sign = direction == FourierDirection::forward ? -1 : 1;
     reverseBits(z);
     const std::size_t cached = std::min(z.size(), cachedLength);
-    inPieces(z.size(), cached, [&](std::size_t begin, std::size_t end) {
+    inPieces(z.size(), z.size(), cached, [&](std::size_t begin, std::size_t end) {
         for (std::size_t first = begin; first < end; first += cached)
             for (std::size_t length = 1; length < cached; length *= 2)
                 joinPairs(z.subspan(first, cached), length, sign);

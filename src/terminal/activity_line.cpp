@@ -73,6 +73,7 @@ ActivityLine::~ActivityLine() {
 }
 
 void ActivityLine::begin() {
+    runs_ = true;
     if (!enabled_) return;
     {
         const std::lock_guard lock(mutex_);
@@ -88,6 +89,7 @@ void ActivityLine::begin() {
 }
 
 void ActivityLine::end() {
+    runs_ = false;
     if (!enabled_) return;
     {
         const std::lock_guard lock(mutex_);

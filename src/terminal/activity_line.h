@@ -54,6 +54,9 @@ public:
         ActivityLine* line_;
     };
 
+    /// Whether something runs, also where the row is never shown.
+    [[nodiscard]] bool isRunning() const { return runs_; }
+
     /// Told when the cursor does not stand at the start of a row; then there is
     /// no place for the line.
     void setRowTaken(bool taken) { rowTaken_ = taken; }
@@ -69,7 +72,7 @@ private:
 
     const int file_;
     const bool enabled_;
-    std::atomic<bool> rowTaken_{false};
+    std::atomic<bool> rowTaken_{false}, runs_{false};
     std::mutex mutex_;
     std::condition_variable changed_;
     bool running_ = false, leaving_ = false, drawn_ = false, keysErased_ = false;

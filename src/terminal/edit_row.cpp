@@ -25,6 +25,12 @@ void EditRow::erase() {
     forget();
 }
 
+void EditRow::eraseFolded(int columns) {
+    const std::size_t above = cursor_ / static_cast<std::size_t>(std::max(columns, 1));
+    if (above > 0) output_.write("\x1b[" + std::to_string(above) + "A");
+    erase();
+}
+
 /// The cells of the part that is shown. The line may be very long, so only
 /// that part is looked at closely.
 EditRow::Cells EditRow::cellsOf(const CommandLine& line, bool withMatch) const {

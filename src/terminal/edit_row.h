@@ -31,6 +31,9 @@ public:
     void finish(const CommandLine& line);
     /// Erases the row and forgets it; the next `show` draws it anew.
     void erase();
+    /// Erases what the row has become in a terminal of other width, which may
+    /// have folded it.
+    void eraseFolded(int columns);
     /// Forgets the row, of which nothing is on the screen.
     void forget();
 

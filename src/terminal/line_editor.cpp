@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
+#include <cstdlib>
 
 #include "base/encoding.h"
 #include "terminal/terminal_host.h"
@@ -26,6 +27,17 @@ bool isOneLine(std::string_view text) {
 
 bool isNamePart(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+}
+
+/// Whether the terminal folds rows that have become too long for it; the others
+/// cut them off. Most fold; those that do not can be told by what they set.
+bool terminalFolds() {
+    const auto holds = [](const char* name, std::string_view start) {
+        const char* text = std::getenv(name);
+        return text && std::string_view(text).starts_with(start);
+    };
+    if (holds("TMUX", "")) return true;
+    return !holds("XTERM_VERSION", "") && !holds("TERM", "screen") && !holds("TERM", "linux");
 }
 
 std::string commonPrefix(const std::vector<std::string>& words) {
@@ -107,8 +119,12 @@ std::optional<LineEditor::End> LineEditor::takeKeys() {
     if (!bytes) {
         if (input_.interrupted() && !SignalsEndWait::mustLeave()) {
             // The size has changed, or the program goes on after a stop.
+            const int before = columns_;
             noteSize();
-            row_.erase();
+            if (columns_ < before && terminalFolds())
+                row_.eraseFolded(columns_);
+            else
+                row_.erase();
             row_.show(line_);
             return std::nullopt;
         }

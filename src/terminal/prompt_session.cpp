@@ -19,6 +19,12 @@ constexpr int leastWrapWidth = 20;
 /// Of what was pasted, the lines that are shown before it runs.
 constexpr int pastedLinesShown = 20;
 
+/// What those type who look for the way out.
+bool isFarewell(std::string_view line) {
+    constexpr std::string_view words[] = {"exit", "exit()", "quit", "quit()", "bye", "logout", "q"};
+    return std::ranges::find(words, line) != std::end(words);
+}
+
 Calc* runningCalc = nullptr;
 
 /// Runs in a signal handler while the program hangs in something that looks at
@@ -78,12 +84,24 @@ bool PromptSession::run() {
     }
 }
 
+PromptSession::KeysForLater::KeysForLater() : mode_(STDIN_FILENO, TerminalMode::Kind::keys) {
+    // The shell has its own mode while the program is stopped.
+    struct sigaction action {};
+    action.sa_handler = [](int) { renewTerminalMode(); };
+    action.sa_flags = SA_RESTART;
+    sigaction(SIGCONT, &action, &before_);
+}
+
+PromptSession::KeysForLater::~KeysForLater() { sigaction(SIGCONT, &before_, nullptr); }
+
 bool PromptSession::runTyped() {
     const std::string line = line_.takeLine();
     fitConsole();
+    const KeysForLater keys;
     const WatchedRun watch(parts_.calc, parts_.activity);
     const bool well = parts_.session.runLine(line);
     line_.countCommand();
+    if (!well && isFarewell(line)) parts_.output.writeLine("(Control+D leaves)");
     return well;
 }
 
@@ -92,6 +110,7 @@ bool PromptSession::runPasted() {
     showPasted(editor_.pasted());
     parts_.host.setPastedText(editor_.pasted());
     fitConsole();
+    const KeysForLater keys;
     const WatchedRun watch(parts_.calc, parts_.activity);
     const bool well = parts_.session.runClipboard();
     line_.countCommand();

@@ -53,6 +53,19 @@ private:
     void fitConsole();
     std::optional<std::string> readForProgram();
 
+    /// What is typed while something runs is for the next prompt.
+    class KeysForLater {
+    public:
+        KeysForLater();
+        KeysForLater(const KeysForLater&) = delete;
+        KeysForLater& operator=(const KeysForLater&) = delete;
+        ~KeysForLater();
+
+    private:
+        TerminalMode mode_;
+        struct sigaction before_ {};
+    };
+
     Parts parts_;
     /// Also for the moments between a line and its run.
     InterruptibleRun interrupts_{nullptr};

@@ -46,7 +46,24 @@ void TerminalHost::messageBox(std::string_view title, std::string_view text) {
     const ActivityLine::Pause pause(activity_);
     output_.flush();
     const std::string heading = title.empty() ? std::string() : std::string(title) + ": ";
-    writeToStandardError(toUtf8(heading + std::string(text) + "\n"));
+    const std::string shown = toUtf8(heading + std::string(text));
+    const bool waits = activity_ && activity_->isRunning() && isatty(STDIN_FILENO) && isatty(STDERR_FILENO) &&
+                       !SignalsEndWait::mustLeave();
+    writeToStandardError(waits ? shown + " [Enter]" : shown + "\n");
+    if (!waits) return;
+    waitForEnter();
+    writeToStandardError("\n");
+}
+
+/// A box stands until the user has read it.
+void TerminalHost::waitForEnter() {
+    const SignalsEndWait guard(input_);
+    const TerminalMode keys(STDIN_FILENO, TerminalMode::Kind::keys);
+    for (;;) {
+        const auto character = input_.readCharacter();
+        if (!character) noteEnd();
+        if (!character || *character == "\r" || *character == "\n") return;
+    }
 }
 
 bool TerminalHost::ask(std::string_view title, std::string_view text, bool safe) {
@@ -56,6 +73,7 @@ bool TerminalHost::ask(std::string_view title, std::string_view text, bool safe)
     }
     const ActivityLine::Pause pause(activity_);
     const SignalsEndWait guard(input_);
+    const TerminalMode lines(STDIN_FILENO, TerminalMode::Kind::found);
     for (;;) {
         beforeWait();
         writeToStandardError(toUtf8(std::string(title) + ": " + std::string(text) + " [y/n] "));
@@ -89,6 +107,7 @@ std::optional<std::string> TerminalHost::readLine() {
     const ActivityLine::Pause pause(activity_);
     if (readTypedLine_) return readTypedLine_();
     const SignalsEndWait guard(input_);
+    const TerminalMode lines(STDIN_FILENO, TerminalMode::Kind::found);
     const auto line = input_.readLine();
     if (!line) noteEnd();
     if (!line) return std::nullopt;
@@ -110,6 +129,7 @@ std::string TerminalHost::shareDirectory() { return installedShareDirectory(); }
 int TerminalHost::runCommand(const std::string& command) {
     const ActivityLine::Pause pause(activity_);
     beforeWait();
+    const TerminalMode mode(STDIN_FILENO, TerminalMode::Kind::found);
     return Host::runCommand(command);
 }
 

@@ -57,6 +57,7 @@ public:
 private:
     void beforeWait();
     void noteEnd() const;
+    void waitForEnter();
 
     TextOutput& output_;
     TextInput& input_;

@@ -23,8 +23,8 @@ constexpr std::string_view pasteMarksOn = "\x1b[?2004h";
 constexpr std::string_view pasteMarksOff = "\x1b[?2004l";
 constexpr std::string_view plainStyle = "\x1b[0m";
 
-// What a signal handler needs to undo the change.
-termios found;
+// What a signal handler needs to undo the changes, or to make them anew.
+termios found, present;
 int changedFile = -1;
 std::atomic<bool> isChanged{false}, marksPastes{false};
 
@@ -66,31 +66,54 @@ void onInterrupt(int) {
 
 }  // namespace
 
-TerminalMode::TerminalMode(int file, Kind kind) : changed_(tcgetattr(file, &found) == 0) {
-    if (!changed_) return;
+namespace {
+
+termios modeOf(TerminalMode::Kind kind) {
     termios wanted = found;
+    if (kind == TerminalMode::Kind::found) return wanted;
     wanted.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
     wanted.c_iflag &= ~static_cast<tcflag_t>(ICRNL);
-    if (kind == Kind::editing) {
+    if (kind == TerminalMode::Kind::editing) {
         wanted.c_lflag &= ~static_cast<tcflag_t>(ISIG | IEXTEN);
         wanted.c_iflag &= ~static_cast<tcflag_t>(IXON | INLCR | IGNCR | ISTRIP);
     }
     wanted.c_cc[VMIN] = 1;
     wanted.c_cc[VTIME] = 0;
+    return wanted;
+}
+
+}  // namespace
+
+TerminalMode::TerminalMode(int file, Kind kind) : file_(file), changed_(tcgetattr(file, &before_) == 0) {
+    isInner_ = isChanged;
+    changed_ = changed_ && (isInner_ || kind != Kind::found);
+    if (!changed_) return;
+    if (isInner_)
+        before_ = present;
+    else
+        found = before_;
+    present = modeOf(kind);
     changedFile = file;
     isChanged = true;
-    tcsetattr(file, TCSADRAIN, &wanted);
+    tcsetattr(file, TCSADRAIN, &present);
     if (kind == Kind::editing && isatty(STDOUT_FILENO)) {
-        marksPastes = true;
+        marksPastes = marksPastes_ = true;
         writeAll(STDOUT_FILENO, pasteMarksOn);
     }
 }
 
 TerminalMode::~TerminalMode() {
-    if (!changed_) return;
-    // The keys act as usual again before it shows.
-    if (isChanged.exchange(false)) tcsetattr(changedFile, TCSADRAIN, &found);
-    if (marksPastes.exchange(false)) writeAll(STDOUT_FILENO, pasteMarksOff);
+    // Whoever restored the terminal meanwhile wants it left alone.
+    if (!changed_ || !isChanged) return;
+    present = before_;
+    if (!isInner_) isChanged = false;
+    // The keys act as before again before it shows.
+    tcsetattr(file_, TCSADRAIN, &before_);
+    if (marksPastes_ && marksPastes.exchange(false)) writeAll(STDOUT_FILENO, pasteMarksOff);
+}
+
+void renewTerminalMode() noexcept {
+    if (isChanged && tcgetpgrp(changedFile) == getpgrp()) tcsetattr(changedFile, TCSANOW, &present);
 }
 
 void restoreTerminal() noexcept {

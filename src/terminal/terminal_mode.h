@@ -1,23 +1,27 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// What the program changes about the terminal, and that it is always undone.
-// Keys come one by one only while the program waits for them; while a line
-// runs the terminal is in the state in which it was found, so that not even a
-// kill that no program can answer leaves it unusable. What can be answered (a
-// crash, a hang-up) restores the terminal in its signal handler.
+// What the program changes about the terminal, and that it is always undone:
+// when it waits no more, and when it ends, also by a signal that can be
+// answered (a crash, a hang-up), whose handler restores the terminal. While a
+// line of the prompt runs, what is typed is not shown between its output but
+// kept for the next prompt.
+
+#include <termios.h>
 
 #include <csignal>
 
 namespace vorpen {
 
-/// While it lives, keys are delivered one by one and not shown. Modes do not
-/// nest.
+/// While it lives, the terminal is in a mode of the program; then in the one
+/// before. Modes nest.
 class TerminalMode {
 public:
-    /// `editing` also delivers Control+C and its like as keys, and has the
-    /// terminal mark what is pasted. `keys` leaves them their meaning.
-    enum class Kind { keys, editing };
+    enum class Kind {
+        found,    ///< as it was before the program changed anything
+        keys,     ///< keys are delivered one by one and not shown; Control+C and its like act
+        editing,  ///< so are Control+C and its like, and what is pasted is marked
+    };
 
     TerminalMode(int file, Kind kind);
     TerminalMode(const TerminalMode&) = delete;
@@ -25,8 +29,16 @@ public:
     ~TerminalMode();
 
 private:
+    termios before_{};
+    int file_;
     bool changed_;
+    bool isInner_ = false;
+    bool marksPastes_ = false;
 };
+
+/// Takes effect again where a program goes on that was stopped, and stands in
+/// the foreground.
+void renewTerminalMode() noexcept;
 
 struct TerminalSize {
     int columns, rows;

@@ -58,6 +58,8 @@ void ConsoleWindow::joinEngine(Calc& calc) {
     client_->setConsole(console_.get());
     calc.events().setTypist([this](std::string_view text) { console_->typeText(text); });
     calc.events().setRunner([this](const std::function<void()>& call) { runForEvent(call); });
+    debugger_ = std::make_unique<DebuggerWindow>(this, [this] { console_->showOutput(); });
+    calc.debugger().setView(debugger_.get());
     calc.paths().setObserver([this, &calc] { showDirectories(calc.paths()); });
     showDirectories(calc.paths());
 }

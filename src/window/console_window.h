@@ -11,6 +11,7 @@
 #include "console/gui_class.h"
 #include "engine/calc.h"
 #include "window/console_widget.h"
+#include "window/debugger_window.h"
 #include "window/window_host.h"
 
 namespace vorpen {
@@ -66,6 +67,7 @@ private:
     const bool isSecondary_;
     WindowHost host_;
     ConsoleWidget* client_;
+    std::unique_ptr<DebuggerWindow> debugger_;
     std::unique_ptr<Calc> calc_;
     std::unique_ptr<GuiClass> console_;
     bool mustClose_ = false;

@@ -16,6 +16,7 @@
 #include "base/interrupt.h"
 #include "eval/run_state.h"
 #include "window/console_window.h"
+#include "window/figure_window.h"
 
 namespace vorpen {
 namespace {
@@ -152,19 +153,46 @@ void Desktop::serveWhileBusy() {
     QCoreApplication::processEvents(QEventLoop::AllEvents, longestMilliseconds);
     QCoreApplication::instance()->removeEventFilter(this);
     turns_.isComputing = false;
+    giveKeptEvents();
 }
 
-/// True for an event that is dropped while something computes.
+/// Moves that follow each other are one, for the last place.
+void Desktop::keep(QWidget& target, const QEvent& event) {
+    constexpr std::size_t mostEvents = 1000;
+    const bool isMove = event.type() == QEvent::MouseMove;
+    if (isMove && !kept_.empty() && kept_.back().target == &target && kept_.back().event->type() == event.type())
+        kept_.pop_back();
+    if (kept_.size() < mostEvents) kept_.push_back({&target, std::unique_ptr<QEvent>(event.clone())});
+}
+
+void Desktop::giveKeptEvents() {
+    for (KeptEvent& kept : std::exchange(kept_, {})) {
+        if (!kept.target) continue;
+        if (kept.event->type() == QEvent::Close)
+            QMetaObject::invokeMethod(kept.target, [window = kept.target] { window->close(); }, Qt::QueuedConnection);
+        else
+            QCoreApplication::postEvent(kept.target, kept.event.release());
+    }
+}
+
+/// True for an event that does not come through while something computes. Those
+/// of figures come later, so that a button that is released then is not held
+/// down for ever.
 bool Desktop::eventFilter(QObject* target, QEvent* event) {
     if (!target->isWidgetType()) return false;
+    auto& widget = static_cast<QWidget&>(*target);
     const bool isMenu = qobject_cast<QMenu*>(target) || qobject_cast<QMenuBar*>(target);
+    const bool isOfFigure = dynamic_cast<FigureWindow*>(widget.window()) != nullptr;
     switch (event->type()) {
         case QEvent::Close:
             if (isMenu || dynamic_cast<ConsoleWindow*>(target)) return false;
+            if (isOfFigure) keep(widget, *event);
             event->ignore();
             return true;
         case QEvent::KeyPress:
         case QEvent::KeyRelease:
+            if (isOfFigure && !isMenu) keep(widget, *event);
+            [[fallthrough]];
         case QEvent::ShortcutOverride:
         case QEvent::InputMethod:
             // The console keeps the keys.
@@ -172,7 +200,9 @@ bool Desktop::eventFilter(QObject* target, QEvent* event) {
         case QEvent::MouseButtonPress:
         case QEvent::MouseButtonRelease:
         case QEvent::MouseButtonDblClick:
-        case QEvent::MouseMove: return !isMenu && !qobject_cast<QScrollBar*>(target);
+        case QEvent::MouseMove:
+            if (isOfFigure && !isMenu) keep(widget, *event);
+            return !isMenu && !qobject_cast<QScrollBar*>(target);
         case QEvent::ContextMenu:
         case QEvent::Drop: return true;
         default: return false;

@@ -15,6 +15,8 @@
 
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QObject>
+#include <QtCore/QPointer>
+#include <QtWidgets/QWidget>
 #include <memory>
 #include <optional>
 #include <string>
@@ -71,14 +73,24 @@ protected:
     bool eventFilter(QObject* target, QEvent* event) override;
 
 private:
+    /// What the user did in a figure while something computed.
+    struct KeptEvent {
+        QPointer<QWidget> target;
+        std::unique_ptr<QEvent> event;
+    };
+
     void listenToSignals();
     void afterRun();
+    void keep(QWidget& target, const QEvent& event);
+    /// Gives kept events to the window system again, in their order.
+    void giveKeptEvents();
 
     std::optional<std::string> home_;
     std::vector<std::unique_ptr<ConsoleWindow>> consoles_;
     ConsoleTurns turns_;
     std::vector<ConsoleWindow*> running_;  ///< the innermost last
     QElapsedTimer sinceServed_;
+    std::vector<KeptEvent> kept_;
     bool isLeaving_ = false;
     bool mustEndAll_ = false;
     std::unique_ptr<QSocketNotifier> signals_;

@@ -40,7 +40,7 @@ bool agreesWithLibrary(const Numbers& z, FourierDirection direction) {
 
 TEST(FourierTest, HasTheBitsOfTheLibrary) {
     // Below and above the lengths from which tiles, blocks and threads are used.
-    for (std::size_t n = 1; n <= std::size_t{1} << 18; n *= 2)
+    for (std::size_t n = 1; n <= std::size_t{1} << 19; n *= 2)
         for (const auto direction : {FourierDirection::forward, FourierDirection::backward})
             EXPECT_TRUE(agreesWithLibrary(randomNumbers(n), direction)) << n;
 }

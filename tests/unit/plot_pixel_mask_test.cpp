@@ -218,19 +218,21 @@ TEST(PixelMask, ALongPolygonIsFilledLikeAShortOne) {
 }
 
 TEST(PixelMask, CirclesAreClosed) {
+    // (2, 3) and (1, 4) are the pixels next to the curve: 2^2 + 3.46^2 and
+    // 1^2 + 3.87^2 are 4^2.
     PixelMask mask;
     mask.reset({0, 0, 9, 9});
     mask.circle({4, 4}, 4);
     EXPECT_EQ(shown(mask),
-              "..#####..\n"
+              "...###...\n"
+              "..#...#..\n"
               ".#.....#.\n"
               "#.......#\n"
               "#.......#\n"
               "#.......#\n"
-              "#.......#\n"
-              "#.......#\n"
               ".#.....#.\n"
-              "..#####..\n");
+              "..#...#..\n"
+              "...###...\n");
     mask.reset({0, 0, 9, 9});
     mask.fillCircle({4, 4}, 4);
     mask.circle({4, 4}, 4);

@@ -5,7 +5,8 @@ int main() {
     const int n = 100000;  // check: 1000
     Numbers x;
     timed("grow", 5, [&] {
-        x = {1.0};
+        x = Numbers();
+        x.push_back(1);
         for (int i = 2; i <= n; ++i) {
             x.push_back(i);
             use(x);
