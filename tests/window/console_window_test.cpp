@@ -166,6 +166,16 @@ TEST_F(ConsoleWindowTest, theCaretIsSeen) {
     EXPECT_EQ(image.pixel(caret.x + caret.width + 2, caret.y + caret.height / 2), 0xFFFFFFFF);
 }
 
+TEST_F(ConsoleWindowTest, itsColoursAreItsOwnOnADarkDesktop) {
+    const QPalette usual = QApplication::palette();
+    QApplication::setPalette(QPalette(Qt::black));
+    run("1+2");
+    const QImage image = picture();
+    QApplication::setPalette(usual);
+    EXPECT_EQ(image.pixel(400, 300), 0xFFFFFFFF);
+    EXPECT_NE(image.pixel(600, 10), 0xFFFFFFFF) << "the strip is the desktop's";
+}
+
 TEST_F(ConsoleWindowTest, columnsStandUnderEachOther) {
     run("disp(\"iiiiiiiiiiiiiiiiiiii|\")");
     run("disp(\"{*WWWWWWWWWWWWWWWWWWWW}|\")");
