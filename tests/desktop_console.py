@@ -7,7 +7,6 @@ import os
 import shutil
 import signal
 import subprocess
-import time
 
 import desktop_harness
 
@@ -129,9 +128,10 @@ class Console(desktop_harness.DesktopTest):
     def test_closing_ends_what_runs(self):
         for line in ('while 1 { }', 'pause(1e6)', 's=getline("?")', 'k=getch'):
             self.start()
-            self.desktop.type('v=5; %s\n' % line)
-            self.desktop.until(lambda: self.row(0).count(BLUE) > 20, 'the echo')
-            time.sleep(0.3)
+            begun = os.path.join(self.folder, 'begun.txt')
+            self.desktop.type('v=5; n=writetext("%s","here"); %s\n' % (begun, line))
+            self.desktop.until(lambda: os.path.exists(begun), 'the run')
+            os.remove(begun)
             self.desktop.close_window(self.window)
             self.assertEqual(self.desktop.wait_for_end(self.program), 0, line)
             self.assertEqual(self.value_of('v'), '5', line)
