@@ -122,7 +122,7 @@ class Monkey(program_on_desktop.ProgramTest):
                 if title not in ('Vorpen 5a', 'secondary Vorpen') and not title.startswith(('Figure', 'Vorpen 5a - busy')):
                     for window in self.desktop.search(title):
                         self.desktop.tool('xdotool', 'windowactivate', str(window), 'key', 'Escape', check=False)
-            self.desktop.tool('xdotool', 'windowactivate', str(self.window), 'key', 'Escape', 'Escape', check=False)
+            self.desktop.tool('xdotool', 'windowactivate', str(self.window), 'key', 'Escape', 'Pause', check=False)
             return self.program.poll() is not None or self.desktop.title(self.window) == self.TITLE
         self.desktop.until(rest, 'a console at rest', may_end=True)
 
@@ -144,7 +144,7 @@ class Monkey(program_on_desktop.ProgramTest):
                 self.begin()
         self.settle()
         self.desktop.focus(self.window)
-        self.desktop.keys('Escape')
+        self.desktop.keys('Pause', 'Escape')
         self.assertEqual(self.tell('kept'), '4242', 'seed %d, rounds %d' % (SEED, ROUNDS))
         self.assertEqual(self.end(), 0)
         self.assertEqual(self.value_of('kept'), '4242')
