@@ -4,7 +4,8 @@
 usage: desktop_monkey.py PROGRAM [options of unittest]
 
 VORPEN_MONKEY_ROUNDS is the number of rounds of twenty actions each (5),
-VORPEN_MONKEY_SEED makes other ones (1); a failure names both.
+VORPEN_MONKEY_SEED makes other ones (1); a failure names both. It is run by hand,
+as no two runs are the same: windows come and go at their own pace.
 """
 import os
 import random
@@ -123,7 +124,8 @@ class Monkey(program_on_desktop.ProgramTest):
                     for window in self.desktop.search(title):
                         self.desktop.tool('xdotool', 'windowactivate', str(window), 'key', 'Escape', check=False)
             self.desktop.tool('xdotool', 'windowactivate', str(self.window), 'key', 'Escape', 'Pause', check=False)
-            return self.program.poll() is not None or self.desktop.title(self.window) == self.TITLE
+            is_idle = self.desktop.title(self.window) == self.TITLE and self.desktop.has_focus(self.window)
+            return is_idle or self.program.poll() is not None
         self.desktop.until(rest, 'a console at rest', may_end=True)
 
     def test_whatever_comes(self):

@@ -37,6 +37,15 @@ class Session(program_on_desktop.ProgramTest):
             self.assertEqual(self.end(), 0, wait)
             self.assertEqual(self.value_of('v'), str(number), wait)
 
+    def test_a_system_without_fonts_is_told_so(self):
+        fonts = self.path('fonts')
+        with open(fonts, 'w') as file:
+            file.write('<?xml version="1.0"?><fontconfig></fontconfig>\n')
+        self.start(FONTCONFIG_FILE=fonts)
+        self.assertEqual(self.tell('6*7'), '42')
+        self.assertIn('no scalable font was found', self.desktop.said('program'))
+        self.assertEqual(self.end(), 0)
+
     def test_a_box_waits_for_its_answer(self):
         self.start()
         self.type('v=1; %smessageBox("look"); v=2;' % self.begun('run'))
