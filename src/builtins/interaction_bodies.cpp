@@ -21,11 +21,10 @@ int entryOf(double key, bool isLetter) {
     return entry;
 }
 
+/// What a script keeps with the mouse may be of any size, so it comes alone.
 double entryValue(int entry) {
-    if (entry != MOUSE_USER) return interaction().mouse.read(entry);
-    const DoubleValue& kept = interaction().mouse.userValue;
-    Require(kept.size() == 1, "non-scalar argument", "getmouse");
-    return kept[0];
+    Require(entry != MOUSE_USER, "non-scalar argument", "getmouse");
+    return interaction().mouse.read(entry);
 }
 
 void storePair(DoubleValue& out, double x, double y) {

@@ -20,6 +20,14 @@ constexpr int leastWrapWidth = 20;
 /// A key that got stuck while something runs must not fill the memory.
 constexpr std::size_t mostKeptKeys = 100000, mostKeptLines = 1000;
 
+/// A name as a word of a line. Most stand as they are; marks that end a word or
+/// begin a comment need quotes.
+std::string asWord(const std::string& name) {
+    if (name.find_first_of(";#") == std::string::npos) return name;
+    const char quote = name.find('"') == std::string::npos ? '"' : '\'';
+    return quote + name + quote;
+}
+
 int asInt(std::int64_t value) {
     return static_cast<int>(
         std::clamp<std::int64_t>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
@@ -400,7 +408,7 @@ void GuiClass::command(int id) {
 }
 
 void GuiClass::chooseDirectory(const std::string& directory) {
-    if (!isBusy()) typeText("cd " + directory);
+    if (!isBusy()) typeText("cd " + asWord(directory));
     setFocus();
 }
 

@@ -47,14 +47,16 @@ int MouseState::entryOf(char letter) {
 
 // ---- Events -----------------------------------------------------------------------
 
-/// The frame under the mouse becomes the current one, and the mouse's place is
-/// known in its units.
-void Interaction::updatePlace(Figure& figure) {
+/// The mouse's place in units of the frame under it, which is the answer; null
+/// in a figure without frames.
+Frame* Interaction::updatePlace(Figure& figure) {
     const int index = figure.frameUnderMouse(mouse.pixel);
-    if (!figure.setCurrentFrame(index)) return;
+    if (index >= figure.frameCount()) return nullptr;
+    Frame& frame = figure.frame(index);
     mouse[MOUSE_FRAME] = index;
-    mouse[MOUSE_X] = figure.currentFrame().valueX(mouse.pixel.x);
-    mouse[MOUSE_Y] = figure.currentFrame().valueY(mouse.pixel.y);
+    mouse[MOUSE_X] = frame.valueX(mouse.pixel.x);
+    mouse[MOUSE_Y] = frame.valueY(mouse.pixel.y);
+    return &frame;
 }
 
 bool Interaction::wants(std::string_view name) const {
@@ -76,7 +78,8 @@ void Interaction::fireEvent(std::string_view name, std::int32_t id, std::span<co
     if (target_ == nullptr || !target_->hasFunction(name)) return;
     Figure* const figure = figureList().currentFigure();
     const int number = figure != nullptr ? figure->number() : 0;
-    if (figure != nullptr) updatePlace(*figure);
+    if (figure != nullptr && updatePlace(*figure) != nullptr)
+        figure->setCurrentFrame(static_cast<int>(mouse[MOUSE_FRAME]));
     const int frame = figure != nullptr ? figure->currentIndex() : 0;
 
     const auto report = [&](const std::string& message) {
@@ -121,9 +124,9 @@ void Interaction::mouseMove(Pixel at, bool leftDown) {
     mouse.pixel = at;
     Figure* const figure = figureList().currentFigure();
     if (figure == nullptr) return;
-    updatePlace(*figure);
+    Frame* const frame = updatePlace(*figure);
     if (!leftDown) {
-        moveTracker(figure->currentFrame(), at);
+        if (frame != nullptr) moveTracker(*frame, at);
         fireMove(onMove);
         return;
     }

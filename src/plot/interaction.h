@@ -126,7 +126,7 @@ public:
     void reset();
 
 private:
-    void updatePlace(Figure& figure);
+    Frame* updatePlace(Figure& figure);
     [[nodiscard]] bool wants(std::string_view name) const;
     void fireMove(std::string_view name, std::int32_t id = 0);
     double callGuarded(std::string_view name, std::span<const double> second);

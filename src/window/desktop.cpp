@@ -127,6 +127,12 @@ void Desktop::endRun() {
         this, [this] { afterRun(); }, Qt::QueuedConnection);
 }
 
+std::function<void()> Desktop::returnToRun() const {
+    return [console = QPointer<ConsoleWindow>(runningConsole())] {
+        if (console) console->calc().makeCurrent();
+    };
+}
+
 void Desktop::afterRun() {
     if (turns_.isComputing) return;
     if (isLeaving_) {

@@ -17,6 +17,7 @@
 #include <QtCore/QObject>
 #include <QtCore/QPointer>
 #include <QtWidgets/QWidget>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -53,6 +54,10 @@ public:
     [[nodiscard]] ConsoleWindow* runningConsole() const {
         return running_.empty() ? nullptr : running_.back();
     }
+
+    /// What makes the engine that runs now the current one again, as long as
+    /// its console is there.
+    [[nodiscard]] std::function<void()> returnToRun() const;
 
     /// Called when a run that waits has let all events through.
     void noteEventsServed() { sinceServed_.start(); }

@@ -47,6 +47,7 @@ std::unique_ptr<FigureView> QtFigureDesktop::openWindow(Figure& figure, const st
     if (qobject_cast<QApplication*>(QCoreApplication::instance()) == nullptr) return nullptr;
     try {
         auto view = std::make_unique<FigureWindowView>(figure, toQString(title), console_);
+        if (opener_) view->window()->setEngine(opener_());
         view->window()->show();
         waitUntilVisible(view->window());
         return view;

@@ -6,6 +6,7 @@
 
 #include <QtCore/QPointer>
 #include <QtWidgets/QWidget>
+#include <functional>
 
 #include "plot/figure_view.h"
 
@@ -21,6 +22,9 @@ public:
 
     /// The window of the console, over which figures open.
     void setConsole(QWidget* console) { console_ = console; }
+    /// Who tells, when a figure opens, how to make the engine that opens it the
+    /// current one again.
+    void setOpener(std::function<std::function<void()>()> opener) { opener_ = std::move(opener); }
 
     std::unique_ptr<FigureView> openWindow(Figure& figure, const std::string& title) override;
     [[nodiscard]] int screenWidth() const override;
@@ -29,6 +33,7 @@ public:
 
 private:
     QPointer<QWidget> console_;
+    std::function<std::function<void()>()> opener_;
 };
 
 }  // namespace vorpen

@@ -126,7 +126,9 @@ bool FigureWindow::isListed() const {
 }
 
 void FigureWindow::makeCurrent() {
-    if (isListed()) figureList().setCurrentFigure(figure_);
+    if (!isListed()) return;
+    figureList().setCurrentFigure(figure_);
+    if (makeEngineCurrent_) makeEngineCurrent_();
 }
 
 PlotableButton* FigureWindow::itemOf(int controlId) const {

@@ -45,6 +45,8 @@ public:
     FigureWindow(Figure& figure, PainterSurface& picture, const QString& title, QWidget* owner);
     ~FigureWindow() override;
 
+    /// How its engine becomes the current one, as it does with the figure.
+    void setEngine(std::function<void()> makeCurrent) { makeEngineCurrent_ = std::move(makeCurrent); }
     /// The figure is gone.
     void leaveFigure();
 
@@ -91,6 +93,7 @@ private:
     QPointer<QMenuBar> menus_;
     FigureControls controls_;
     PaintBudget budget_;
+    std::function<void()> makeEngineCurrent_;
     QElapsedTimer sinceRaised_;
     QRect undrawn_;         ///< of the client area, drawn and not shown
     int framesToCome_ = 0;  ///< until all of the figure has been drawn

@@ -87,6 +87,7 @@ int run(int count, char** words) {
     QApplication::setQuitOnLastWindowClosed(false);
     Desktop desktop;
     QtFigureDesktop figures;
+    figures.setOpener([&desktop] { return desktop.returnToRun(); });
     ConsoleWindow* const window = desktop.openConsole();
     if (!window) return EXIT_FAILURE;
     figures.setConsole(window);

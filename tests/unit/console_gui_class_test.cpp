@@ -629,6 +629,17 @@ TEST_F(GuiClassTest, aDirectoryOfTheBoxIsChangedTo) {
     EXPECT_EQ(runs, (Runs{{"cd /tmp/a b", '>'}}));
 }
 
+TEST_F(GuiClassTest, aDirectoryWithMarksOfTheLanguageIsQuoted) {
+    for (const char* directory : {"/tmp/a;b", "/tmp/a#b", "/tmp/a\";b", "/tmp/it's"}) {
+        gui.chooseDirectory(directory);
+        servePosts();
+    }
+    EXPECT_EQ(runs, (Runs{{"cd \"/tmp/a;b\"", '>'},
+                          {"cd \"/tmp/a#b\"", '>'},
+                          {"cd '/tmp/a\";b'", '>'},
+                          {"cd /tmp/it's", '>'}}));
+}
+
 // ---- what a running program reads
 
 TEST_F(GuiClassTest, aProgramReadsALine) {

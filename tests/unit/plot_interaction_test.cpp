@@ -176,6 +176,23 @@ TEST_F(InteractionTest, TheFrameUnderTheMouseIsCurrentDuringACall) {
     EXPECT_EQ(figure.currentIndex(), 1);
 }
 
+TEST_F(InteractionTest, WithoutAFunctionTheCurrentFrameStays) {
+    target.functions.clear();
+    figure.selectFrame({0, 0, 1, 0.5});
+    figure.currentFrame().setExactLimits({0, 100, 0, 100});
+    figure.currentFrame().rescale();
+    figure.selectFrame({0, 0.5, 1, 0.5});
+    ASSERT_EQ(figure.currentIndex(), 1);
+    const int below = figure.frameUnderMouse({299, 300});
+    for (const bool leftDown : {false, true}) events.mouseMove({299, 300}, leftDown);
+    events.leftPress({299, 300});
+    EXPECT_EQ(figure.currentIndex(), 1);
+    // What scripts ask for is that of the frame under the mouse.
+    EXPECT_EQ(events.mouse[MOUSE_FRAME], below);
+    EXPECT_NEAR(events.mouse[MOUSE_X], 50, 0.2);
+    EXPECT_NEAR(events.mouse[MOUSE_PRESS_X], 50, 0.2);
+}
+
 TEST_F(InteractionTest, AFunctionMayCloseItsFigure) {
     target.functions["onLDown"] = [] {
         figureList().closeFigure(1);

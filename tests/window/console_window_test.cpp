@@ -12,9 +12,12 @@
 #include <vector>
 
 #include "console/markup.h"
+#include "plot/figure_list.h"
 #include "plot/interaction.h"
 #include "window/desktop.h"
 #include "window/encoding.h"
+#include "window/figure_desktop.h"
+#include "window/figure_window.h"
 
 namespace vorpen {
 namespace {
@@ -592,6 +595,37 @@ TEST_F(ConsoleWindowTest, oneConsoleRunsWhileAnotherWaits) {
     run("pause(300); z=1");
     EXPECT_NE(second.calc().console().getLine(1).find("42"), std::string::npos);
     EXPECT_EQ(lastLine(), "1");
+}
+
+TEST_F(ConsoleWindowTest, aFigureBelongsToTheConsoleThatOpenedIt) {
+    QtFigureDesktop figures;
+    figures.setConsole(&window());
+    figures.setOpener([this] { return desktop->returnToRun(); });
+    const auto pressOn = [](int number) {
+        auto& view = dynamic_cast<FigureWindowView&>(*figureList().find(number)->view());
+        auto* canvas = view.window()->findChild<QWidget*>("client");
+        const QPointF at(100, 100);
+        QMouseEvent event(QEvent::MouseButtonPress, at, canvas->mapToGlobal(at), Qt::LeftButton, Qt::LeftButton,
+                          Qt::NoModifier);
+        QApplication::sendEvent(canvas, &event);
+        return interaction().mouse[MOUSE_RESULT];
+    };
+    run("onLDown(xy) := 1");
+    run("figure(1);");
+    choose(COMMAND_LAUNCH);
+    ConsoleWindow& second = *desktop->consoles().back();
+    typeInto(&second.client(), "onLDown(xy) := 2\n");
+    QApplication::processEvents();
+    typeInto(&second.client(), "figure(2);\n");
+    QApplication::processEvents();
+    EXPECT_EQ(pressOn(1), 1);
+    EXPECT_EQ(pressOn(2), 2);
+    EXPECT_EQ(pressOn(1), 1);
+    // Without its console it is one of those that remain.
+    second.close();
+    QApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
+    EXPECT_EQ(pressOn(2), 1);
 }
 
 TEST_F(ConsoleWindowTest, closingThePrimaryEndsWhatRunsInTheOther) {
