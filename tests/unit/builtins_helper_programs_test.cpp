@@ -8,6 +8,8 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <string>
+#include <thread>
 
 #include "base/errors.h"
 #include "builtins/engine_context.h"
@@ -121,6 +123,17 @@ TEST_F(HelperPrograms, AnEmptyAnswerAddsNothing) {
     EXPECT_EQ(help("x"), "");
 }
 
+/// The letter by which the system tells the state of a process.
+std::string stateOf(pid_t process) {
+    std::string state = "gone";
+    if (std::ifstream status("/proc/" + std::to_string(process) + "/stat"); status)
+        status >> state >> state >> state;
+    return state;
+}
+
+/// A process that has ended may stay in the table until its parent asks.
+bool hasEnded(const std::string& state) { return state == "gone" || state == "Z" || state == "X"; }
+
 TEST_F(HelperPrograms, AHangingProgramIsEndedWithWhatItHasStarted) {
     host->secondsForPrograms = 0.3;
     helpIs("echo $$ > pid; sleep 1000 & echo $! > child; wait");
@@ -131,11 +144,13 @@ TEST_F(HelperPrograms, AHangingProgramIsEndedWithWhatItHasStarted) {
         pid_t process = 0;
         std::ifstream(folder / name) >> process;
         ASSERT_GT(process, 1);
-        // A process that has ended may stay in the table until its parent asks.
-        std::string state = "gone";
-        if (std::ifstream status("/proc/" + std::to_string(process) + "/stat"); status)
-            status >> state >> state >> state;
-        EXPECT_TRUE(state == "gone" || state == "Z" || state == "X") << name << " " << state;
+        // What is killed needs a moment to end.
+        constexpr auto patience = std::chrono::seconds(10);
+        std::string state = stateOf(process);
+        for (const auto from = std::chrono::steady_clock::now();
+             !hasEnded(state) && std::chrono::steady_clock::now() - from < patience; state = stateOf(process))
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        EXPECT_TRUE(hasEnded(state)) << name << " " << state;
     }
 }
 
