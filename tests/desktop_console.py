@@ -32,6 +32,7 @@ class Console(desktop_harness.DesktopTest):
         self.program = self.desktop.run(os.path.join(self.folder, 'vorpen'), *arguments, **options)
         self.window = self.desktop.window(TITLE)
         self.desktop.focus(self.window)
+        self.desktop.until(lambda: self.first_white() is not None, 'the white pane')
         self.desktop.until(lambda: self.row(0).count(GREEN) > 5, 'the first prompt')
 
     def pane(self):
@@ -40,12 +41,14 @@ class Console(desktop_harness.DesktopTest):
         top = self.menu_height + STRIP
         return whole.crop(0, top, whole.width, whole.height)
 
+    def first_white(self):
+        """Where the pane begins: it is white, and only it. None before it is painted."""
+        whole = self.desktop.picture(self.window)
+        return next((y for y in range(80) if whole.at(1, y) == (255, 255, 255)), None)
+
     @property
     def menu_height(self):
-        # The pane is white, and only it.
-        whole = self.desktop.picture(self.window)
-        left = [whole.at(1, y) for y in range(80)]
-        return next(y for y in range(80) if left[y] == (255, 255, 255)) - STRIP
+        return self.first_white() - STRIP
 
     def row(self, number, height=21):
         pane = self.pane()
