@@ -141,6 +141,7 @@ void PromptSession::fitConsole() {
 std::optional<std::string> PromptSession::readForProgram() {
     parts_.session.finishOutput();
     parts_.output.flush();
+    if (isInterrupted()) return std::nullopt;
     line_.setPromptVisible(false);
     LineEditor::End end = editor_.read();
     line_.setPromptVisible(true);

@@ -7,7 +7,6 @@
 #include "base/interrupt.h"
 #include "base/line_ends.h"
 #include "base/program_directory.h"
-#include "terminal/terminal_mode.h"
 
 namespace vorpen {
 namespace {
@@ -57,13 +56,11 @@ void TerminalHost::messageBox(std::string_view title, std::string_view text) {
 
 /// A box stands until the user has read it.
 void TerminalHost::waitForEnter() {
-    const SignalsEndWait guard(input_);
     const TerminalMode keys(STDIN_FILENO, TerminalMode::Kind::keys);
-    for (;;) {
-        const auto character = input_.readCharacter();
-        if (!character) noteEnd();
-        if (!character || *character == "\r" || *character == "\n") return;
-    }
+    std::optional<std::string> character;
+    do {
+        character = read(TerminalMode::Kind::keys, &TextInput::readCharacter);
+    } while (character && *character != "\r" && *character != "\n");
 }
 
 bool TerminalHost::ask(std::string_view title, std::string_view text, bool safe) {
@@ -87,17 +84,22 @@ void TerminalHost::setPastedText(std::string_view utf8) {
     pasted_ = withClipboardLineEnds(fromUtf8(utf8));
 }
 
-/// A wait that a signal ended is the end of what runs.
-void TerminalHost::noteEnd() const {
-    if (input_.interrupted()) requestInterrupt();
+/// What is read for the program that runs; nothing when it is to end. A wait
+/// that a signal ended is the end of what runs, and one that came just before
+/// the wait, for the run's own handler, has ended it already.
+std::optional<std::string> TerminalHost::read(TerminalMode::Kind kind,
+                                              std::optional<std::string> (TextInput::*readNext)()) {
+    const SignalsEndWait guard(input_);
+    const TerminalMode mode(STDIN_FILENO, kind);
+    if (isInterrupted()) return std::nullopt;
+    auto text = (input_.*readNext)();
+    if (!text && input_.interrupted()) requestInterrupt();
+    return text;
 }
 
 std::optional<int> TerminalHost::readCharacter() {
     const ActivityLine::Pause pause(activity_);
-    const SignalsEndWait guard(input_);
-    const TerminalMode keys(STDIN_FILENO, TerminalMode::Kind::keys);
-    const auto character = input_.readCharacter();
-    if (!character) noteEnd();
+    const auto character = read(TerminalMode::Kind::keys, &TextInput::readCharacter);
     if (!character) return std::nullopt;
     const std::string code = fromUtf8(*character);
     return code.empty() ? 0 : static_cast<unsigned char>(code[0]);
@@ -106,10 +108,7 @@ std::optional<int> TerminalHost::readCharacter() {
 std::optional<std::string> TerminalHost::readLine() {
     const ActivityLine::Pause pause(activity_);
     if (readTypedLine_) return readTypedLine_();
-    const SignalsEndWait guard(input_);
-    const TerminalMode lines(STDIN_FILENO, TerminalMode::Kind::found);
-    const auto line = input_.readLine();
-    if (!line) noteEnd();
+    const auto line = read(TerminalMode::Kind::found, &TextInput::readLine);
     if (!line) return std::nullopt;
     return fromUtf8(*line);
 }

@@ -16,6 +16,7 @@
 
 #include "base/host.h"
 #include "terminal/activity_line.h"
+#include "terminal/terminal_mode.h"
 #include "terminal/text_input.h"
 #include "terminal/text_output.h"
 
@@ -56,8 +57,8 @@ public:
 
 private:
     void beforeWait();
-    void noteEnd() const;
     void waitForEnter();
+    std::optional<std::string> read(TerminalMode::Kind kind, std::optional<std::string> (TextInput::*readNext)());
 
     TextOutput& output_;
     TextInput& input_;

@@ -8,6 +8,8 @@
 #include <csignal>
 #include <stdexcept>
 
+#include "base/interrupt.h"
+
 namespace vorpen {
 namespace {
 
@@ -52,6 +54,19 @@ TEST_F(SignalsEndWaitTest, HangUpAsksToLeave) {
     EXPECT_TRUE(input.interrupted());
     EXPECT_TRUE(SignalsEndWait::mustLeave());
 }
+
+class InterruptedHostTest : public SignalsEndWaitTest {
+protected:
+    InterruptedHostTest() { requestInterrupt(); }
+    ~InterruptedHostTest() override { forgetInterrupt(); }
+    TextOutput output{STDOUT_FILENO, false};
+    TerminalHost host{output, input, std::nullopt};
+};
+
+// Nothing ever comes through the pipe: a wait that began would last for ever.
+TEST_F(InterruptedHostTest, WaitForACharacterDoesNotBegin) { EXPECT_EQ(host.readCharacter(), std::nullopt); }
+
+TEST_F(InterruptedHostTest, WaitForALineDoesNotBegin) { EXPECT_EQ(host.readLine(), std::nullopt); }
 
 }  // namespace
 }  // namespace vorpen
