@@ -174,7 +174,8 @@ class Talk:
 
     def runs(self):
         """Waits until a line has begun to run."""
-        self.until(lambda: '?2004' not in self.screen.modes, 'the start')
+        self.until(lambda: '?2004' not in self.screen.modes and
+                   not termios.tcgetattr(self.terminal)[3] & termios.ECHO, 'the start')
 
     def is_sane(self):
         """Whether the terminal shows what is typed, by lines, and takes no paste marks."""
