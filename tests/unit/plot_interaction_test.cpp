@@ -118,7 +118,7 @@ TEST_F(InteractionTest, Keys) {
     EXPECT_EQ(target.take(), "");
     events.character('a');
     EXPECT_EQ(events.mouse[MOUSE_KEY], 'a');
-    EXPECT_EQ(target.calls.size(), 1u);
+    EXPECT_EQ(target.calls, std::vector<std::string>{"onKeyDown -1 10 0"});
     events.keyUp();
     EXPECT_EQ(events.mouse[MOUSE_KEY], 0);
     events.keyDown(37);
@@ -130,6 +130,35 @@ TEST_F(InteractionTest, Keys) {
     events.keyDown(111);
     events.keyDown(136);
     EXPECT_EQ(target.calls.size(), 4u);
+}
+
+TEST_F(InteractionTest, CodesBelow65AreKeysAndFrom65OnCharacters) {
+    for (int code = 1; code < 200; ++code) {
+        events.keyDown(code);
+        const bool isFunctionKey = code >= 112 && code <= 135;
+        EXPECT_EQ(target.calls.size(), code < 65 || isFunctionKey ? 1u : 0u) << code;
+        EXPECT_EQ(events.mouse[MOUSE_KEY], code);
+        target.take();
+    }
+}
+
+TEST_F(InteractionTest, EachPressIsRememberedUntilAsked) {
+    figure.menuCommands = {"x=1"};
+    const std::vector<std::function<void()>> presses = {
+        [this] { events.leftPress(middle); }, [this] { events.rightPress(); },
+        [this] { events.controlPressed(figure, 1, 0); }, [this] { events.menuChosen(figure, 0); }};
+    for (std::size_t k = 0; k < presses.size(); ++k) {
+        EXPECT_EQ(events.mouse.read(MOUSE_CLICKED), 0) << k;
+        presses[k]();
+        EXPECT_EQ(events.mouse.read(MOUSE_CLICKED), 1) << k;
+        events.mouse.read(MOUSE_CLEAR_CLICK);
+    }
+    for (const auto& other : std::vector<std::function<void()>>{
+             [this] { events.leftRelease(); }, [this] { events.rightRelease(); }, [this] { events.doubleClick(); },
+             [this] { events.mouseMove(corner, true); }, [this] { events.character('a'); }}) {
+        other();
+        EXPECT_EQ(events.mouse.read(MOUSE_CLICKED), 0);
+    }
 }
 
 TEST_F(InteractionTest, WithoutFunctionFigureOrTargetNothingHappens) {
@@ -291,6 +320,35 @@ TEST_F(InteractionTest, PickingTheItemNearThePixel) {
     EXPECT_EQ(events.pick(figure, {309, 186}), 0);
     EXPECT_EQ(events.pick(figure, {309, 185}), id);
     EXPECT_EQ(events.pick(figure, {-2147483647, 2147483647}), 0);
+}
+
+TEST_F(InteractionTest, AnItemOfAnotherFrameIsPickedToo) {
+    figure.selectFrame({0, 0, 1, 0.5});
+    figure.selectFrame({0, 0.5, 1, 0.5});
+    ASSERT_EQ(figure.frameCount(), 2);
+    for (const int k : {0, 1}) {
+        figure.setCurrentFrame(k);
+        figure.currentFrame().setExactLimits({0, 10, 0, 10});
+        figure.currentFrame().rescale();
+    }
+    const std::int32_t id = figure.frame(1).addItem(std::make_unique<SinglePoint>(5, 5, "ro^"));
+    EXPECT_EQ(id, 65536 + ItemId::of(id).item);
+    const std::int32_t first = figure.frame(0).addItem(std::make_unique<SinglePoint>(1, 1, "ro^"));
+    Interaction::makeDragable(figure, first);
+    Interaction::makeDragable(figure, id);
+    EXPECT_EQ(events.pick(figure, figure.frame(1).pixel(5, 5)), id);
+    EXPECT_EQ(events.pick(figure, figure.frame(0).pixel(1, 1)), first);
+}
+
+TEST_F(InteractionTest, ThePickRadiusCanBeSet) {
+    const auto id = addPoint(5, 5);
+    Interaction::makeDragable(figure, id);
+    EXPECT_EQ(events.pickRadiusSquared, 200);
+    events.pickRadiusSquared = 50;
+    EXPECT_EQ(events.pick(figure, {309, 176}), 0);
+    EXPECT_EQ(events.pick(figure, {306, 176}), id);
+    events.reset();
+    EXPECT_EQ(events.pickRadiusSquared, 200);
 }
 
 TEST_F(InteractionTest, ADraggedItemStaysInItsRegion) {
