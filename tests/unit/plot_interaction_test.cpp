@@ -173,6 +173,20 @@ TEST_F(InteractionTest, WithoutFunctionFigureOrTargetNothingHappens) {
     events.fireEvent("onLUp");
 }
 
+TEST_F(InteractionTest, WithoutAFigurePressesAreToldAndMovesAreNot) {
+    figureList().closeFigure(1);
+    events.mouseMove(corner, false);
+    events.mouseMove(corner, true);
+    EXPECT_EQ(target.take(), "");
+    EXPECT_EQ(events.mouse.pixel, corner);
+    events.leftPress(middle);
+    EXPECT_EQ(target.calls.size(), 1u);
+    EXPECT_TRUE(target.take().starts_with("onLDown"));
+    EXPECT_EQ(events.mouse[MOUSE_LEFT], 1);
+    events.leftRelease();
+    EXPECT_TRUE(target.take().starts_with("onLUp"));
+}
+
 TEST_F(InteractionTest, MovesWithAndWithoutTheButton) {
     events.mouseMove(middle, false);
     events.mouseMove(corner, true);
@@ -447,6 +461,24 @@ TEST(CurveFeature, ZerosAndExtremaNearAPoint) {
     EXPECT_FALSE(featureNear(x, std::vector<double>(501, std::nan("")), 5).found);
 }
 
+TEST(CurveFeature, ZerosAreLookedForNearerThanExtrema) {
+    // Of 500 points a zero counts within 5 and an extremum within 25.
+    std::vector<double> x(500), line(500), parabola(500);
+    for (int k = 0; k < 500; ++k) {
+        x[static_cast<std::size_t>(k)] = k;
+        line[static_cast<std::size_t>(k)] = k - 250;
+        parabola[static_cast<std::size_t>(k)] = 1000 + (k - 250.0) * (k - 250.0);
+    }
+    for (int k = 200; k < 300; ++k) {
+        const auto index = static_cast<std::size_t>(k);
+        // The interval on either side of the zero counts.
+        EXPECT_EQ(featureNear(x, line, index).found, k >= 250 - 6 && k <= 250 + 5) << k;
+        EXPECT_EQ(featureNear(x, parabola, index).found, k >= 250 - 25 && k <= 250 + 25) << k;
+    }
+    EXPECT_EQ(featureNear(x, line, 246).x, 250);
+    EXPECT_EQ(featureNear(x, parabola, 270).x, 250);
+}
+
 TEST_F(InteractionTest, TheCursorFollowsTheMouse) {
     trackCurve(frame, sampled([](double t) { return t; }), sampled([](double t) { return t * t / 10 + 1; }));
     ASSERT_TRUE(frame.tracker.active());
@@ -455,6 +487,14 @@ TEST_F(InteractionTest, TheCursorFollowsTheMouse) {
     const auto& vertical = *frame.findItem<Curve>(frame.tracker.vertical);
     const auto& horizontal = *frame.findItem<Curve>(frame.tracker.horizontal);
     EXPECT_TRUE(vertical.visible && horizontal.visible && vertical.style.xorMode);
+    const auto isDrawnIn = [](const Curve& curve, const char* text) {
+        PlotStyle style;
+        style.parseStyle(text);
+        return curve.style.lineColour == style.lineColour && curve.style.width == 1 && curve.style.xorMode;
+    };
+    EXPECT_TRUE(isDrawnIn(vertical, "m"));
+    EXPECT_TRUE(isDrawnIn(horizontal, "m"));
+    EXPECT_TRUE(isDrawnIn(*frame.findItem<Curve>(frame.tracker.marker), "g"));
     EXPECT_NEAR(vertical.xs[0], 5, 0.02);
     EXPECT_NEAR(horizontal.ys[0], 3.5, 0.02);
     EXPECT_FALSE(frame.findItem<TextLabel>(frame.tracker.label)->visible);

@@ -153,6 +153,27 @@ TEST_F(DebuggerWindowTest, ClosingLetsTheScriptFinishAndTheNextOneStopsAgain) {
     EXPECT_EQ(titles.size(), 2u);
 }
 
+TEST_F(DebuggerWindowTest, OpensBesideTheConsoleInTheSizeOfItsFont) {
+    QWidget console;
+    console.setGeometry(20, 30, 400, 200);
+    console.show();
+    QCoreApplication::processEvents();
+    DebuggerWindow opened(&console, {});
+    ASSERT_TRUE(opened.open());
+    const QRect room = console.screen()->availableGeometry(), place = opened.widget()->geometry();
+    const QFontMetricsF cell(opened.widget()->font());
+    const auto columns = [&](double units) { return units / 4 * cell.averageCharWidth(); };
+    const auto lines = [&](double units) { return units / 8 * cell.height(); };
+    ASSERT_LT(lines(300), room.height());
+    EXPECT_NEAR(place.width(), columns(380), 1);
+    EXPECT_NEAR(place.height(), lines(300), 1);
+    EXPECT_NEAR(place.top(), 30 + lines(15), 1);
+    EXPECT_NEAR(place.left(), std::min<double>(20 + columns(400), room.right() + 1 - place.width()), 1)
+        << "no further than the screen";
+    EXPECT_EQ(opened.widget()->windowTitle(), "Breakpoint");
+    EXPECT_FALSE(opened.widget()->isVisible());
+}
+
 TEST_F(DebuggerWindowTest, ButtonsStayAtTheBottomRight) {
     acts = {[&] {
         QWidget& pane = *window.widget();
