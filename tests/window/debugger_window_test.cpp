@@ -145,9 +145,15 @@ TEST_F(DebuggerWindowTest, HaltEndsTheRun) {
 }
 
 TEST_F(DebuggerWindowTest, ClosingLetsTheScriptFinishAndTheNextOneStopsAgain) {
-    acts = {[&] { window.widget()->close(); }};
+    QPointer<QWidget> closed;
+    acts = {[&] {
+        closed = window.widget();
+        closed->close();
+    }};
     EXPECT_EQ(run(), "end");
     EXPECT_EQ(window.widget(), nullptr);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(closed.isNull());
     acts = {[&] { key(Qt::Key_Escape); }};
     EXPECT_EQ(run(), "end");
     EXPECT_EQ(titles.size(), 2u);
