@@ -577,8 +577,12 @@ TEST_F(GuiClassTest, anyKeyCodeIsHarmless) {
 // ---- commands
 
 TEST_F(GuiClassTest, itemsTypeTheirLines) {
-    for (const auto& [id, line] : std::map<int, std::string>{
-             {202, "cd ?"}, {203, "cd ?"}, {204, "cd ?"}, {210, "clear reset"}, {230, "?"}, {232, "?func a"}}) {
+    for (const auto& [id, line] : std::map<int, std::string>{{202, "cd ?"},
+                                                             {203, "cd ?"},
+                                                             {204, "cd ?"},
+                                                             {210, "clear reset"},
+                                                             {230, "?"},
+                                                             {232, "?func a"}}) {
         runs.clear();
         gui.command(id);
         EXPECT_EQ(text.getLine(text.currentLine() - 1),

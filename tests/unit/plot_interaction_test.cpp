@@ -154,8 +154,9 @@ TEST_F(InteractionTest, EachPressIsRememberedUntilAsked) {
         events.mouse.read(MOUSE_CLEAR_CLICK);
     }
     for (const auto& other : std::vector<std::function<void()>>{
-             [this] { events.leftRelease(); }, [this] { events.rightRelease(); }, [this] { events.doubleClick(); },
-             [this] { events.mouseMove(corner, true); }, [this] { events.character('a'); }}) {
+             [this] { events.leftRelease(); }, [this] { events.rightRelease(); },
+             [this] { events.doubleClick(); }, [this] { events.mouseMove(corner, true); },
+             [this] { events.character('a'); }}) {
         other();
         EXPECT_EQ(events.mouse.read(MOUSE_CLICKED), 0);
     }

@@ -385,18 +385,19 @@ TEST_F(ConsoleWindowTest, menusStandAsTheyAreTold) {
         }
     }
     // Behind a tab stands the key that does the same.
-    EXPECT_EQ(menus,
-              (std::vector<std::pair<std::string, Items>>{
-                  {"&File", {{"&Restore", 202}, {"&Save", 203}, {"&cd ?", 204}, {"E&xit\tAlt-F4", 201}}},
-                  {"&Run",
-                   {{"&Reset", 210},
-                    {"&E&xecute\t<ret>", 211},
-                    {"&Abort", 213},
-                    {"&Run clipboard\tF9", 214},
-                    {"&Clear clipboard", 215},
-                    {"&Launch vorpen", 217}}},
-                  {"&View", {{"Zoom &in\t<<", 220}, {"Zoom &out\t>>", 221}}},
-                  {"&Help", {{"&Basic help\t??", 230}, {"&Functions\t?func", 232}, {"&About vorpen", 231}}}}));
+    EXPECT_EQ(
+        menus,
+        (std::vector<std::pair<std::string, Items>>{
+            {"&File", {{"&Restore", 202}, {"&Save", 203}, {"&cd ?", 204}, {"E&xit\tAlt-F4", 201}}},
+            {"&Run",
+             {{"&Reset", 210},
+              {"&E&xecute\t<ret>", 211},
+              {"&Abort", 213},
+              {"&Run clipboard\tF9", 214},
+              {"&Clear clipboard", 215},
+              {"&Launch vorpen", 217}}},
+            {"&View", {{"Zoom &in\t<<", 220}, {"Zoom &out\t>>", 221}}},
+            {"&Help", {{"&Basic help\t??", 230}, {"&Functions\t?func", 232}, {"&About vorpen", 231}}}}));
 }
 
 TEST_F(ConsoleWindowTest, menusRunTheirCommands) {
@@ -474,8 +475,8 @@ TEST_F(ConsoleWindowTest, aboutTellsWhatTheProgramIs) {
 
 TEST_F(ConsoleWindowTest, keysAskWhatTheProgramIs) {
     // It ends by its button, and by the key that closes a box.
-    for (const auto& [key, text, end] : {std::tuple{Qt::Key_Slash, "/", Qt::Key_Return},
-                                         {Qt::Key_Question, "?", Qt::Key_Escape}}) {
+    for (const auto& [key, text, end] :
+         {std::tuple{Qt::Key_Slash, "/", Qt::Key_Return}, {Qt::Key_Question, "?", Qt::Key_Escape}}) {
         QStringList told;
         later([&, answer = end] {
             QWidget* box = QApplication::activeModalWidget();

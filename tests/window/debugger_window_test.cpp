@@ -182,24 +182,24 @@ TEST_F(DebuggerWindowTest, OpensBesideTheConsoleInTheSizeOfItsFont) {
 
 TEST_F(DebuggerWindowTest, ButtonsStayAtTheBottomRight) {
     acts = {[&] {
-        QWidget& pane = *window.widget();
-        std::map<QString, QPushButton*> buttons;
-        for (auto* button : pane.findChildren<QPushButton*>()) buttons[button->text()] = button;
-        ASSERT_EQ(buttons.size(), 3u);
-        for (const QSize size : {pane.size(), QSize(500, 300), QSize(900, 700)}) {
-            pane.resize(size);
-            QCoreApplication::processEvents();
-            int right = pane.width();
-            for (const char* name : {"Cont", "Step", "Halt"}) {
-                const QRect place = buttons.at(name)->geometry();
-                EXPECT_EQ(place.size(), QSize(64, 26)) << name;
-                EXPECT_EQ(place.right() + 1, right - 8) << name;
-                EXPECT_EQ(place.bottom() + 1, pane.height() - 8) << name;
-                right = place.left();
-            }
-        }
-        click("Cont");
-    },
+                QWidget& pane = *window.widget();
+                std::map<QString, QPushButton*> buttons;
+                for (auto* button : pane.findChildren<QPushButton*>()) buttons[button->text()] = button;
+                ASSERT_EQ(buttons.size(), 3u);
+                for (const QSize size : {pane.size(), QSize(500, 300), QSize(900, 700)}) {
+                    pane.resize(size);
+                    QCoreApplication::processEvents();
+                    int right = pane.width();
+                    for (const char* name : {"Cont", "Step", "Halt"}) {
+                        const QRect place = buttons.at(name)->geometry();
+                        EXPECT_EQ(place.size(), QSize(64, 26)) << name;
+                        EXPECT_EQ(place.right() + 1, right - 8) << name;
+                        EXPECT_EQ(place.bottom() + 1, pane.height() - 8) << name;
+                        right = place.left();
+                    }
+                }
+                click("Cont");
+            },
             pressing("Cont")};
     run();
 }

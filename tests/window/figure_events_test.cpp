@@ -225,12 +225,12 @@ TEST_F(FigureEvents, KeysAreCharactersOrNumbers) {
 
 TEST_F(FigureEvents, EachNamedKeyHasItsNumber) {
     const std::vector<std::pair<int, int>> numbers = {
-        {Qt::Key_Backspace, 8}, {Qt::Key_Tab, 9},       {Qt::Key_Backtab, 9},  {Qt::Key_Clear, 12},
-        {Qt::Key_Return, 13},   {Qt::Key_Enter, 13},    {Qt::Key_Shift, 16},   {Qt::Key_Control, 17},
-        {Qt::Key_Pause, 19},    {Qt::Key_CapsLock, 20}, {Qt::Key_Escape, 27},  {Qt::Key_Space, 32},
-        {Qt::Key_PageUp, 33},   {Qt::Key_PageDown, 34}, {Qt::Key_End, 35},     {Qt::Key_Home, 36},
-        {Qt::Key_Left, 37},     {Qt::Key_Up, 38},       {Qt::Key_Right, 39},   {Qt::Key_Down, 40},
-        {Qt::Key_Print, 44},    {Qt::Key_Insert, 45},   {Qt::Key_Delete, 46},  {Qt::Key_Meta, 91},
+        {Qt::Key_Backspace, 8}, {Qt::Key_Tab, 9},       {Qt::Key_Backtab, 9},     {Qt::Key_Clear, 12},
+        {Qt::Key_Return, 13},   {Qt::Key_Enter, 13},    {Qt::Key_Shift, 16},      {Qt::Key_Control, 17},
+        {Qt::Key_Pause, 19},    {Qt::Key_CapsLock, 20}, {Qt::Key_Escape, 27},     {Qt::Key_Space, 32},
+        {Qt::Key_PageUp, 33},   {Qt::Key_PageDown, 34}, {Qt::Key_End, 35},        {Qt::Key_Home, 36},
+        {Qt::Key_Left, 37},     {Qt::Key_Up, 38},       {Qt::Key_Right, 39},      {Qt::Key_Down, 40},
+        {Qt::Key_Print, 44},    {Qt::Key_Insert, 45},   {Qt::Key_Delete, 46},     {Qt::Key_Meta, 91},
         {Qt::Key_Menu, 93},     {Qt::Key_NumLock, 144}, {Qt::Key_ScrollLock, 145}};
     define("onKeyDown(p)", "n=getmouse(13)");
     const auto pressed = [this](int code) {
@@ -287,7 +287,8 @@ TEST_F(FigureEvents, EachLetterIsAControlOfItsKind) {
         for (int k = 0; k < 6; ++k) dynamic_cast<QAbstractButton&>(*made).click();
         const char* const expected[] = {"", "0 0 0 0 0 0", "1 0 1 0 1 0", "1 2 0 1 2 0"};
         // A radio button that is alone stays on.
-        EXPECT_EQ(type("log"), std::string(row.kind) == "QRadioButton" ? "1 1 1 1 1 1" : expected[row.states]);
+        EXPECT_EQ(type("log"),
+                  std::string(row.kind) == "QRadioButton" ? "1 1 1 1 1 1" : expected[row.states]);
     }
     type("wipe; createButton(\"it\");");
     EXPECT_EQ(control<QPushButton>()->text(), "it") << "a push button unless it is told";
