@@ -85,6 +85,26 @@ class Console(desktop_harness.DesktopTest):
         self.desktop.type('1\n')
         self.until_row(5, GREEN, 'the prompt behind the mended line')
 
+    def test_keys_ask_what_the_program_is(self):
+        self.start()
+        for key, end in (('alt+question', 'Return'), ('alt+slash', 'Escape')):
+            self.desktop.keys(key)
+            about = self.desktop.window('About Vorpen')
+            self.desktop.until(lambda: self.desktop.has_focus(about), 'the keyboard in the box')
+            self.desktop.keys(end)
+            self.desktop.no_window('About Vorpen')
+            self.desktop.until(lambda: self.desktop.has_focus(self.window), 'the keyboard in the console')
+
+    def test_a_text_is_pasted(self):
+        self.start()
+        self.desktop.set_clipboard('=6*7\n')
+        self.desktop.type('kept')
+        self.desktop.keys('ctrl+v', 'F5', 'Return')
+        self.until_row(2, GREEN, 'the prompt behind the answer')
+        self.desktop.close_window(self.window)
+        self.assertEqual(self.desktop.wait_for_end(self.program), 0)
+        self.assertEqual(self.value_of('kept'), '42')
+
     def test_selection_copy_and_double_click(self):
         self.start()
         self.desktop.type('x=3\n')

@@ -36,7 +36,7 @@ class Debugger(program_on_desktop.ProgramTest):
 
     def button(self, pane, name):
         _, _, width, height = self.desktop.geometry(pane)
-        self.desktop.click(width - {'Cont': 48, 'Step': 136, 'Halt': 224}[name], height - 25, pane)
+        self.desktop.click(width - {'Cont': 40, 'Step': 112, 'Halt': 184}[name], height - 25, pane)
 
     def goes_on(self):
         self.desktop.until(lambda: not [one for one in self.desktop.titles() if ' at line ' in one], 'no debugger')

@@ -86,6 +86,37 @@ class Figures(desktop_harness.DesktopTest):
         self.assertEqual(self.told('event2'), '37')
         self.desktop.tool('xdotool', 'keyup', 'Left')
 
+    def test_each_event_has_its_function(self):
+        names = ('onMove', 'onLDown', 'onLUp', 'onLDouble', 'onRDown', 'onRUp', 'onDrag', 'onDragable', 'onKeyDown',
+                 'onButton')
+        self.type('seen=zeros(1,10); fix; plot([0,10],[0,10],"r2"); axis(0,10,0,10); q=text(8,2,"Q"); dragable(q);')
+        self.type('createButton("go","b",[10,90,30,20,0]);')
+        for k, name in enumerate(names, 1):
+            self.type('function y=%s(p,j); global seen; seen[%d]=seen[%d]+1; y=1; end' % (name, k, k))
+        figure = self.desktop.window('Figure 1')
+        self.until_count(figure, RED, 500, 'a red line')
+        self.assertEqual(self.tell('defined', 'seen'), ' '.join('0' * 10))
+        self.desktop.settled(figure)
+        centre = (LEFT + RIGHT) // 2, (TOP + BOTTOM) // 2
+        item = LEFT + (RIGHT - LEFT) * 8 // 10, BOTTOM - (BOTTOM - TOP) * 2 // 10
+        self.desktop.click(*centre, figure)
+        self.desktop.click(*centre, figure, button=3)
+        self.desktop.click(*centre, figure, times=2)
+        self.desktop.drag([(400, 100), (420, 110)], figure)
+        self.desktop.drag([item, (item[0] - 40, item[1] - 40)], figure)
+        self.desktop.until(lambda: self.desktop.has_focus(figure), 'focus of the figure')
+        self.desktop.keys('a')
+        self.desktop.click(LEFT + 80, TOP + 60, figure)
+        self.desktop.focus(self.console)
+        seen = dict(zip(names, map(int, self.tell('all', 'seen').split())))
+        self.assertEqual({name: seen[name] for name in names if name not in ('onMove', 'onDrag', 'onDragable')},
+                         {'onLDown': 4, 'onLUp': 5, 'onLDouble': 1, 'onRDown': 1, 'onRUp': 1, 'onKeyDown': 1,
+                          'onButton': 1})
+        # Once when it is picked, and when it is moved.
+        self.assertGreaterEqual(seen['onDragable'], 2)
+        self.assertGreaterEqual(min(seen['onMove'], seen['onDrag']), 1)
+        self.assertEqual(self.tell('moved', 'getmouse("i")==q'), '1')
+
     def test_what_comes_while_a_function_computes_comes_later(self):
         self.type('figure; function y=onLDown(p); tic; while toc<2500 {y=1;}; end')
         self.type('function y=onLUp(p); writetext("%s",str(getmouse("l"))); y=1; end' % self.path('up'))

@@ -190,7 +190,10 @@ private:
 
     QPushButton* makeButton(const QString& text, DebuggerCommand command) {
         auto* button = new QPushButton(text);
-        button->setFixedSize(buttonSize.expandedTo(button->minimumSizeHint()));
+        // What a style takes for the least width is more than its text needs.
+        const QSize needed(button->fontMetrics().horizontalAdvance(text) + 2 * gap,
+                           button->minimumSizeHint().height());
+        button->setFixedSize(buttonSize.expandedTo(needed));
         QObject::connect(button, &QPushButton::clicked, this, [this, command] { command_(command); });
         return button;
     }

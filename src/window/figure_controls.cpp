@@ -32,6 +32,15 @@ protected:
     }
 };
 
+/// One of a group. A click turns it on and never off, also when it is alone.
+class RadioButton final : public QRadioButton {
+public:
+    using QRadioButton::QRadioButton;
+
+protected:
+    void nextCheckState() override { setChecked(true); }
+};
+
 /// 0 off, 1 on, 2 neither. What cannot be on is off.
 int stateOf(const QWidget& widget) {
     if (const auto* box = dynamic_cast<const ThreeStateBox*>(&widget))
@@ -103,7 +112,7 @@ QWidget* FigureControls::make(const PlotableButton& button) {
     };
     switch (button.control) {
         case ControlKind::CheckBox: return clickable(new QCheckBox(&parent_));
-        case ControlKind::RadioButton: return clickable(new QRadioButton(&parent_));
+        case ControlKind::RadioButton: return clickable(new RadioButton(&parent_));
         case ControlKind::ThreeState: return clickable(new ThreeStateBox(&parent_));
         case ControlKind::Label: return new QLabel(&parent_);
         case ControlKind::EditField: {

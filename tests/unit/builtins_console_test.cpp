@@ -30,5 +30,21 @@ TEST(MessageBoxes, ShowCharactersAndAnswerTheButton) {
     EXPECT_EQ(boxOf("list(1)"), (Boxes{{"", "ListValue::toString not implemented yet"}}));
 }
 
+TEST(Characters, AreShownAsTheyAreTyped) {
+    TypedEngine engine;
+    const auto lineOf = [&](const std::string& key) {
+        engine.host.typedLines = {key};
+        engine.type("k=getch;");
+        // The next output begins a line of its own.
+        return engine.calc.console().getLine(engine.calc.console().currentLine() - 1);
+    };
+    EXPECT_EQ(lineOf("q"), "q");
+    EXPECT_EQ(engine.type("k"), "113");
+    for (const char special : std::string("{}_^\\")) {
+        EXPECT_EQ(lineOf(std::string(1, special)), std::string("{:") + special);
+        EXPECT_EQ(engine.type("k"), std::to_string(static_cast<int>(special)));
+    }
+}
+
 }  // namespace
 }  // namespace vorpen

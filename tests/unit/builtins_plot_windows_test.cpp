@@ -123,6 +123,23 @@ TEST_F(Windows, ShowControlsAndMenus) {
     EXPECT_EQ(desktop.view->controls.back(), "removed 1");
 }
 
+TEST_F(Windows, ControlsStandWhereTheirNumbersSay) {
+    type("figure; axis(0,10,0,10);");
+    const auto placed = [this](const std::string& arguments) {
+        type("createButton(" + arguments + ");");
+        return desktop.view->controls.back();
+    };
+    // Two and four numbers are of the axes, three and five percent of them.
+    EXPECT_EQ(placed("\"go\""), "go 57,345 20x20");
+    EXPECT_EQ(placed("\"go\",[5,5]"), "go 299,176 20x20");
+    EXPECT_EQ(placed("\"go\",\"b\",[5,5]"), "go 299,176 20x20");
+    EXPECT_EQ(placed("\"go\",\"b\",[5,5,1,2]"), "go 299,176 48x68");
+    EXPECT_EQ(placed("\"go\",\"b\",[50,50,0]"), "go 299,176 20x20");
+    EXPECT_EQ(placed("\"go\",\"b\",[50,50,10,20,0]"), "go 299,176 48x68");
+    EXPECT_EQ(placed("[5,5,1,2],\"go\",\"e\""), "go 299,176 48x68");
+    EXPECT_EQ(figureList().requireFigure().controls.rbegin()->first, 7) << "they are counted";
+}
+
 TEST_F(Windows, TheCursorOfAFunctionFollowsTheMouse) {
     type("fplot(x;x,[-1,1]);");
     desktop.view->drawn.take();

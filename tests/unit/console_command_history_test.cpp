@@ -210,6 +210,14 @@ TEST_F(HistoryTest, DamagedLengths) {
     EXPECT_EQ(loaded().entries(), (Lines{"", "a", "", "b"}));
 }
 
+TEST_F(HistoryTest, TheLongestLineOfAFile) {
+    for (const int length : {100001, 100002}) {
+        const std::string line(static_cast<std::size_t>(length), 'x');
+        put(fileOf(1, {line}));
+        EXPECT_EQ(loaded().entries().back(), length == 100001 ? line : "") << length;
+    }
+}
+
 TEST_F(HistoryTest, ALineTooLongForTheFileDoesNotHideTheOthers) {
     historyOf({"a", std::string(200000, 'x'), "b"}).saveHistory(folder_);
     EXPECT_EQ(loaded().entries(), (Lines{"", "a", "", "b"}));

@@ -43,6 +43,15 @@ protected:
     CommandLine line{history};
 };
 
+TEST_F(CommandLineTest, BeginsEmptyWithTheFirstNumber) {
+    EXPECT_EQ(line.line(), "");
+    EXPECT_EQ(line.caret(), 0);
+    EXPECT_EQ(line.commandNumber(), 1);
+    EXPECT_EQ(line.prompt(), "1>");
+    EXPECT_EQ(line.promptColumns(), 3);
+    EXPECT_TRUE(line.promptVisible());
+}
+
 // ---- characters
 
 TEST_F(CommandLineTest, CharactersGoInAtTheCaret) {
@@ -118,6 +127,18 @@ TEST_F(CommandLineTest, ControlKeysAreCommandsOfTheWindow) {
     EXPECT_EQ(shown(), "abc|");
 }
 
+TEST_F(CommandLineTest, OtherControlCharactersDoNothing) {
+    bool isHeard = false;
+    line.setCommandSink([&](LineCommand) { isHeard = true; });
+    for (int key = 1; key < 32; ++key) {
+        if (key == 2 || key == 3 || key == '\r' || key == 22 || key == 29) continue;
+        start("a=bc", 3);
+        control(KeyKind::character, key);
+        EXPECT_EQ(shown(), "a=b|c") << key;
+    }
+    EXPECT_FALSE(isHeard);
+}
+
 // ---- the caret
 
 TEST_F(CommandLineTest, HomeAndEnd) {
@@ -150,6 +171,24 @@ TEST_F(CommandLineTest, WithControlTheCaretGoesFromMarkToMark) {
         stops.push_back(line.caret());
     }
     EXPECT_EQ(stops, (std::vector{1, 3, 7, 8, 10, 10}));
+}
+
+TEST_F(CommandLineTest, EachMarkStopsTheCaret) {
+    for (const char mark : std::string(";=([{}])")) {
+        const std::string text = std::string("ab") + mark + "cd";
+        start(text, 5);
+        control(KeyKind::down, keyLeft);
+        EXPECT_EQ(line.caret(), 2) << mark;
+        control(KeyKind::down, keyLeft);
+        EXPECT_EQ(line.caret(), 0) << mark;
+        control(KeyKind::down, keyRight);
+        EXPECT_EQ(line.caret(), 2) << mark;
+        control(KeyKind::down, keyRight);
+        EXPECT_EQ(line.caret(), 5) << mark;
+    }
+    start("ab,c+d'e\"f g.h", 14);
+    control(KeyKind::down, keyLeft);
+    EXPECT_EQ(line.caret(), 0) << "nothing else stops it";
 }
 
 TEST_F(CommandLineTest, DeleteRemovesTheCharacterUnderTheCaret) {
@@ -198,6 +237,14 @@ TEST_F(CommandLineTest, AnotherKeyBeginsANewSearch) {
     type("\x1by");
     press(keyUp);
     EXPECT_EQ(shown(), "y=2|");
+}
+
+TEST_F(CommandLineTest, DownFirstGoesRoundToTheOldest) {
+    for (const char* text : {"a", "b"}) run(text);
+    press(keyDown);
+    EXPECT_EQ(shown(), "|") << "the empty line of the start";
+    press(keyDown);
+    EXPECT_EQ(shown(), "a|");
 }
 
 TEST_F(CommandLineTest, RecallThatFindsNothingLeavesTheLine) {
@@ -257,6 +304,20 @@ TEST(MatchBracket, AnswersBelowZeroWithoutOne) {
     EXPECT_EQ(matchOf("()", -1), -1);
     EXPECT_EQ(matchOf("(]", 0), -1);  // the place where they do not fit
     EXPECT_EQ(matchOf("ab(]", 2), -3);
+}
+
+TEST(MatchBracket, PairsEachKindWithItselfAlone) {
+    const std::string openers = "([{", closers = ")]}";
+    for (int open = 0; open < 3; ++open)
+        for (int close = 0; close < 3; ++close) {
+            const std::string text = std::string("a") + openers[open] + "b" + closers[close];
+            SCOPED_TRACE(text);
+            EXPECT_EQ(matchOf(text, 1), open == close ? 3 : -3);
+            EXPECT_EQ(matchOf(text, 3), open == close ? 1 : -3);
+        }
+    EXPECT_EQ(matchOf("a)", 1), -1) << "a closer without an opener";
+    EXPECT_EQ(matchOf("'('()", 4), 3) << "quotes are not considered";
+    EXPECT_EQ(matchOf("'('()", 1), -1);
 }
 
 TEST(MatchBracket, CountsOpeningOnes) {

@@ -279,6 +279,30 @@ TEST_F(ScrollingTest, beyondTheEndsNothingMoves) {
     EXPECT_EQ(view.invalidations, 3);
 }
 
+TEST_F(ScrollingTest, theEndsOfTheBarAreAsFarAwayAsTheTextIs) {
+    // From 10: as far down again as the top is away.
+    gui.onVScroll(ScrollAction::top);
+    EXPECT_EQ(gui.scrollState().position, 20);
+    EXPECT_EQ(view.invalidations, 1);
+    // As far up as the bottom, 10 lines further, is away.
+    gui.onVScroll(ScrollAction::bottom);
+    EXPECT_EQ(gui.scrollState().position, 10);
+    EXPECT_EQ(view.invalidations, 2);
+    // Now it would be above the first line.
+    gui.onVScroll(ScrollAction::bottom);
+    EXPECT_EQ(gui.scrollState().position, 10);
+    EXPECT_EQ(view.invalidations, 3);
+}
+
+TEST_F(ScrollingTest, otherActionsDrawAnewWithoutMoving) {
+    for (const auto action : {ScrollAction::pageUp, ScrollAction::pageDown, ScrollAction::end}) {
+        view.invalidations = 0;
+        gui.onVScroll(action, 25);
+        EXPECT_EQ(gui.scrollState().position, 10);
+        EXPECT_EQ(view.invalidations, 1);
+    }
+}
+
 TEST_F(ScrollingTest, theLastLineCanComeToTheTop) {
     gui.onVScroll(ScrollAction::thumbPosition, 29);
     EXPECT_EQ(gui.scrollState().position, 29);
@@ -343,6 +367,33 @@ TEST_F(GuiClassTest, anUnderlinedWordAsksForHelp) {
     // A further release of the button asks nothing.
     gui.onLUp();
     EXPECT_TRUE(view.posted.empty());
+}
+
+TEST_F(GuiClassTest, aPressInTheInputLineForgetsTheWord) {
+    text.print("see {=plot} now", true, PrintMode::markup);
+    gui.onPaint();
+    gui.onLDown(1 + 50, 30);
+    ASSERT_EQ(gui.selection().hotWord(), "plot");
+    gui.onLDown(50, view.inputY + 3);
+    EXPECT_EQ(gui.selection().hotWord(), "");
+    gui.onLUp();
+    servePosts();
+    EXPECT_TRUE(runs.empty());
+}
+
+TEST_F(GuiClassTest, aClickBehindTheTextClearsTheSelection) {
+    print(2);
+    gui.onPaint();
+    clickLine(0);
+    EXPECT_EQ(gui.selection().selectedCommand(), "line 0");
+    gui.onPaint();
+    ASSERT_EQ(view.lines[25].background, GuiClass::selectionColour);
+    clickLine(5);
+    gui.onPaint();
+    EXPECT_EQ(view.lines[25].background, GuiClass::backgroundColour);
+    EXPECT_EQ(gui.selection().selectedCommand(), "");
+    gui.command(COMMAND_COPY);
+    EXPECT_EQ(host.clipboard, std::nullopt);
 }
 
 TEST_F(GuiClassTest, aDoubleClickRunsACommandAgain) {
@@ -526,11 +577,18 @@ TEST_F(GuiClassTest, anyKeyCodeIsHarmless) {
 // ---- commands
 
 TEST_F(GuiClassTest, itemsTypeTheirLines) {
-    for (const int id : {202, 203, 204, 210, 230, 232}) {
+    for (const auto& [id, line] : std::map<int, std::string>{{202, "cd ?"},
+                                                             {203, "cd ?"},
+                                                             {204, "cd ?"},
+                                                             {210, "clear reset"},
+                                                             {230, "?"},
+                                                             {232, "?func a"}}) {
         runs.clear();
         gui.command(id);
+        EXPECT_EQ(text.getLine(text.currentLine() - 1),
+                  "{g " + std::to_string(gui.line().commandNumber()) + "> {b:" + line);
         servePosts();
-        EXPECT_EQ(runs, (Runs{{std::string(commandRow(id).text), '>'}}));
+        EXPECT_EQ(runs, (Runs{{line, '>'}})) << id;
     }
     EXPECT_EQ(history.entries().back(), "?func a");
 }
@@ -563,10 +621,23 @@ TEST_F(GuiClassTest, theClipboardRuns) {
     }
     host.clipboard.reset();
     runs.clear();
+    view.focused = 0;
     gui.command(COMMAND_EXEC_BUTTON);
     EXPECT_TRUE(runs.empty());
+    EXPECT_EQ(view.focused, 1) << "the keyboard is back in the window all the same";
     gui.onKey(KeyKind::down, keyF9);
     EXPECT_EQ(runs, (Runs{{"", 'c'}}));
+}
+
+TEST_F(GuiClassTest, theClipboardRunsInsteadOfWhatWasTyped) {
+    host.clipboard = "x=1\r\n";
+    type("half a line");
+    gui.command(COMMAND_RUN_CLIPBOARD);
+    EXPECT_EQ(runs.at(0).second, 'c');
+    EXPECT_EQ(gui.line().line(), "");
+    EXPECT_EQ(gui.line().caret(), 0);
+    EXPECT_EQ(view.inputLine(), "2> ");
+    EXPECT_EQ(text.currentLine(), 0) << "nothing of it is shown";
 }
 
 TEST_F(GuiClassTest, againRunsTheLastLine) {
@@ -593,7 +664,10 @@ TEST_F(GuiClassTest, copyAndPaste) {
 
 TEST_F(GuiClassTest, zoomKeepsItsFractions) {
     EXPECT_EQ(view.fontSize, 20);
+    view.invalidations = 0;
     gui.command(COMMAND_ZOOM_IN);
+    EXPECT_GT(view.invalidations, 0);
+    EXPECT_EQ(gui.caretPlace().height, 20) << "the input line's font is that of the text";
     EXPECT_EQ(view.fontSize, 22);
     EXPECT_DOUBLE_EQ(gui.fontSize(), 20 * zoomInFactor);
     EXPECT_EQ(gui.scrollState().lineHeight, 22);
@@ -624,7 +698,9 @@ TEST_F(GuiClassTest, theOtherCommandsGoToTheWindow) {
 }
 
 TEST_F(GuiClassTest, aDirectoryOfTheBoxIsChangedTo) {
+    view.focused = 0;
     gui.chooseDirectory("/tmp/a b");
+    EXPECT_EQ(view.focused, 1);
     servePosts();
     EXPECT_EQ(runs, (Runs{{"cd /tmp/a b", '>'}}));
 }

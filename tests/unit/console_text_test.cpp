@@ -90,6 +90,17 @@ TEST_F(ConsoleTextTest, VerbatimModeMarksTextThatHoldsSpecialCharacters) {
     EXPECT_EQ(finished, (Lines{"plain", "{:{r a}", "{:x^2"}));
 }
 
+TEST_F(ConsoleTextTest, EachSpecialCharacterIsReasonEnough) {
+    for (const char special : std::string("{}_^\\")) {
+        const std::string shown = std::string("a") + special;
+        text.print(shown, true, PrintMode::symbols);
+        text.print(shown, true, PrintMode::verbatim);
+        text.print(shown, true, PrintMode::markup);
+        EXPECT_EQ(finished, (Lines{"{;" + shown, "{:" + shown, shown}));
+        finished.clear();
+    }
+}
+
 TEST_F(ConsoleTextTest, AnyOtherModePrintsNothing) {
     text.print("a", false, PrintMode::markup);
     text.print("b", true, static_cast<PrintMode>(3));

@@ -47,6 +47,79 @@ TEST_F(Events, AFunctionGetsAsManyInputsAsItTakes) {
     EXPECT_EQ(engine.host.boxes.size(), 0u);
 }
 
+TEST_F(Events, EachFunctionGetsThePlaceAndItsSecondArgument) {
+    ASSERT_EQ(type("text(5,5,\"here\",\"\")"), "1");
+    ASSERT_EQ(type("createButton(\"go\",\"c\",[1,1])"), "2");
+    events.mouseMove(middle, false);
+    struct Row {
+        std::string function;
+        std::function<void()> happens;
+        std::string second;
+    };
+    const std::vector<Row> rows = {
+        {"onKeyDown", [&] { events.keyDown(37); }, "0"},
+        {"onKeyDown", [&] { events.character('A'); }, "0"},
+        {"onLDown", [&] { events.leftPress(middle); }, "0"},
+        {"onDrag", [&] { events.mouseMove(middle, true); }, "0"},
+        {"onLUp", [&] { events.leftRelease(); }, "0"},
+        {"onLDouble", [&] { events.doubleClick(); }, "0"},
+        {"onRDown", [&] { events.rightPress(); }, "0"},
+        {"onRUp", [&] { events.rightRelease(); }, "0"},
+        {"onMove", [&] { events.mouseMove(middle, false); }, "0"},
+        {"onButton", [&] { events.controlPressed(figure(), 1, 1); }, "2 1"},
+        {"onDragable",
+         [&] {
+             type("dragable(1);");
+             events.leftPress(middle);
+         },
+         "1"},
+        {"onDragable", [&] { events.mouseMove(middle, true); }, "1"},
+    };
+    for (const auto& [function, happens, second] : rows) {
+        SCOPED_TRACE(function);
+        for (const auto& [inputs, kept, expected] :
+             {std::tuple<std::string, std::string, std::string>{"p", "round(p)", "5 5"},
+              {"p,j", "[round(p),j]", "5 5 " + second}}) {
+            type("clear " + function);
+            type("log=0;");
+            ASSERT_EQ(
+                type("function y=" + function + "(" + inputs + "); global log; log=" + kept + "; y=8; end"),
+                "");
+            happens();
+            EXPECT_EQ(type("log"), expected);
+            EXPECT_EQ(type("getmouse(\"f\")"), "8");
+        }
+        // Looked up when it happens: without it nothing is called.
+        type("clear " + function);
+        type("log=0;");
+        happens();
+        EXPECT_EQ(type("log"), "0");
+    }
+    EXPECT_TRUE(engine.host.boxes.empty()) << lastBox();
+}
+
+TEST_F(Events, EachEntryOfTheRecordHasANumberAndALetter) {
+    const std::string letters = " xylrcXYDimfFk";
+    for (int entry = 1; entry < MouseState::entryCount; ++entry) events.mouse[entry] = 100 + entry;
+    type("setmouse(110);");
+    for (int entry = 1; entry < MouseState::entryCount; ++entry) {
+        const std::string expected = std::to_string(100 + entry);
+        EXPECT_EQ(type("getmouse(" + std::to_string(entry) + ")"), expected);
+        EXPECT_EQ(type("getmouse(\"" + letters.substr(static_cast<std::size_t>(entry), 1) + "\")"), expected);
+    }
+    EXPECT_EQ(type("getmouse([5,0,5])"), "105 0 0");
+    EXPECT_EQ(type("getmouse"), "101 102");
+}
+
+TEST_F(Events, TheFrameUnderTheMouseIsPartOfTheRecord) {
+    type("subplot(2,1,1); axis([0,10,0,10]); subplot(2,1,2); axis([0,100,0,100]);");
+    for (const int frame : {0, 1}) {
+        events.mouseMove(figure().frame(frame).pixel(frame ? 50 : 5, frame ? 50 : 5), false);
+        EXPECT_EQ(type("getmouse(\"F\")"), std::to_string(frame));
+        EXPECT_EQ(type("round(getmouse)"), frame ? "50 50" : "5 5");
+    }
+}
+
 TEST_F(Events, WithoutAFunctionTheRecordIsKept) {
     events.mouseMove(middle, false);
     EXPECT_EQ(type("round(getmouse())"), "5 5");
@@ -89,6 +162,22 @@ TEST_F(Events, AnItemIsDraggedWithinItsRegion) {
     EXPECT_EQ(type("getmouse(\"i\")"), "0");
 }
 
+TEST_F(Events, LimitsOfADragAreThoseOfXBeforeThoseOfY) {
+    type("text(5,5,\"here\",\"\"); dragable(1,[4,8,3,6]);");
+    const Plotable& item = figure().frame(0).item(1);
+    events.leftPress(middle);
+    events.mouseMove({541, 8}, true);
+    EXPECT_EQ(std::pair(item.x, item.y), std::pair(8.0, 6.0));
+    events.mouseMove({57, 345}, true);
+    EXPECT_EQ(std::pair(item.x, item.y), std::pair(4.0, 3.0));
+    // Without limits it is free in the frame.
+    type("dragable(1);");
+    events.mouseMove({2000, -2000}, true);
+    EXPECT_EQ(std::pair(item.x, item.y), std::pair(10.0, 10.0));
+    events.mouseMove({-2000, 2000}, true);
+    EXPECT_EQ(std::pair(item.x, item.y), std::pair(0.0, 0.0));
+}
+
 TEST_F(Events, AWipedFrameHasNothingToDrag) {
     type("text(5,5,\"here\",\"\"); dragable(1);");
     type("wipe;");
@@ -112,11 +201,45 @@ TEST_F(Events, AFailingFunctionOfMovesIsSwitchedOff) {
     EXPECT_EQ(type("getmouse(11)"), "8");
 }
 
-TEST_F(Events, OtherFunctionsGoOnBeingCalled) {
-    type("onLDown(xy) := error(\"no\")");
-    events.leftPress(middle);
-    events.leftPress(middle);
-    EXPECT_EQ(engine.host.boxes.size(), 2u);
+TEST_F(Events, OfFailingFunctionsTheFrequentOnesStop) {
+    type("k=text(5,5,\"here\",\"\"); b=createButton(\"go\",\"b\",[1,1]);");
+    struct Row {
+        std::string function;
+        std::function<void()> happens;
+        bool stops;
+    };
+    const std::vector<Row> rows = {
+        {"onMove", [&] { events.mouseMove(middle, false); }, true},
+        {"onDrag", [&] { events.mouseMove(middle, true); }, true},
+        {"onDragable",
+         [&] {
+             type("dragable(k);");
+             events.leftPress(middle);
+         },
+         true},
+        {"onKeyDown", [&] { events.keyDown(37); }, false},
+        {"onLDown", [&] { events.leftPress(middle); }, false},
+        {"onLUp", [&] { events.leftRelease(); }, false},
+        {"onLDouble", [&] { events.doubleClick(); }, false},
+        {"onRDown", [&] { events.rightPress(); }, false},
+        {"onRUp", [&] { events.rightRelease(); }, false},
+        {"onButton", [&] { events.controlPressed(figure(), 1, 0); }, false},
+    };
+    for (const auto& [function, happens, stops] : rows) {
+        SCOPED_TRACE(function);
+        engine.host.boxes.clear();
+        type(function + "(xy) := error(\"no\")");
+        happens();
+        happens();
+        EXPECT_EQ(engine.host.boxes.size(), stops ? 1u : 2u);
+        for (const TestHost::Box& box : engine.host.boxes) EXPECT_EQ(box.text, function + " --> no disabled");
+        // Defined anew it is called again.
+        type(function + "(xy) := 8");
+        events.mouse[MOUSE_RESULT] = 0;
+        happens();
+        EXPECT_EQ(events.mouse[MOUSE_RESULT], 8);
+        type("clear " + function);
+    }
 }
 
 TEST_F(Events, FunctionsThatCannotBeCalled) {
@@ -159,6 +282,13 @@ TEST_F(Events, AnItemOfAMenuIsTyped) {
     EXPECT_EQ(typed, "save");
     events.menuChosen(figure(), 2);
     EXPECT_EQ(typed, "save");
+    // New menus take the place of all former ones.
+    type("menu(list(\"One\"), list(list(\"a->y=2\")));");
+    events.menuChosen(figure(), 0);
+    EXPECT_EQ(typed, "y=2");
+    typed.clear();
+    events.menuChosen(figure(), 1);
+    EXPECT_EQ(typed, "");
     engine.calc.events().setTypist({});
     events.menuChosen(figure(), 0);
 }
@@ -207,6 +337,30 @@ TEST_F(Events, WaitingForAClick) {
     later([this] { events.mouseMove(middle, true); });
     EXPECT_EQ(type("abs(round(getclick(1)))"), "0 0");
     EXPECT_EQ(engine.host.events.size(), 1u);
+}
+
+TEST_F(Events, AClickAnywhereTellsWhereTheMouseIs) {
+    later([this] { events.mouseMove({57, 345}, false); });
+    later([this] { events.leftPress(middle); });
+    EXPECT_EQ(type("round(getclick(0))"), "5 5");
+    // Other answers wait for nothing.
+    later([this] { events.leftPress(middle); });
+    for (const char* line : {"getclick", "getclick()", "getclick([])", "getclick(-1)"})
+        EXPECT_EQ(type(line), "[]") << line;
+    EXPECT_EQ(engine.host.events.size(), 1u);
+}
+
+TEST_F(Events, WhatWaitsServesEvents) {
+    type("onLDown(xy) := 8");
+    for (const char* line :
+         {"pause(1);", "wait(1);", "getkeyb;", "getmouse;", "getclick(1);", "getclick(0);", "update;"}) {
+        events.mouse[MOUSE_RESULT] = 0;
+        later([this] { events.leftPress(middle); });
+        type(line);
+        EXPECT_EQ(events.mouse[MOUSE_RESULT], 8) << line;
+        EXPECT_TRUE(engine.host.events.empty()) << line;
+        engine.host.events.clear();
+    }
 }
 
 TEST_F(Events, AFigureThatIsClosedWhileAClickIsWaitedFor) {

@@ -118,7 +118,7 @@ TEST_F(InteractionTest, Keys) {
     EXPECT_EQ(target.take(), "");
     events.character('a');
     EXPECT_EQ(events.mouse[MOUSE_KEY], 'a');
-    EXPECT_EQ(target.calls.size(), 1u);
+    EXPECT_EQ(target.calls, std::vector<std::string>{"onKeyDown -1 10 0"});
     events.keyUp();
     EXPECT_EQ(events.mouse[MOUSE_KEY], 0);
     events.keyDown(37);
@@ -132,6 +132,36 @@ TEST_F(InteractionTest, Keys) {
     EXPECT_EQ(target.calls.size(), 4u);
 }
 
+TEST_F(InteractionTest, CodesBelow65AreKeysAndFrom65OnCharacters) {
+    for (int code = 1; code < 200; ++code) {
+        events.keyDown(code);
+        const bool isFunctionKey = code >= 112 && code <= 135;
+        EXPECT_EQ(target.calls.size(), code < 65 || isFunctionKey ? 1u : 0u) << code;
+        EXPECT_EQ(events.mouse[MOUSE_KEY], code);
+        target.take();
+    }
+}
+
+TEST_F(InteractionTest, EachPressIsRememberedUntilAsked) {
+    figure.menuCommands = {"x=1"};
+    const std::vector<std::function<void()>> presses = {
+        [this] { events.leftPress(middle); }, [this] { events.rightPress(); },
+        [this] { events.controlPressed(figure, 1, 0); }, [this] { events.menuChosen(figure, 0); }};
+    for (std::size_t k = 0; k < presses.size(); ++k) {
+        EXPECT_EQ(events.mouse.read(MOUSE_CLICKED), 0) << k;
+        presses[k]();
+        EXPECT_EQ(events.mouse.read(MOUSE_CLICKED), 1) << k;
+        events.mouse.read(MOUSE_CLEAR_CLICK);
+    }
+    for (const auto& other : std::vector<std::function<void()>>{
+             [this] { events.leftRelease(); }, [this] { events.rightRelease(); },
+             [this] { events.doubleClick(); }, [this] { events.mouseMove(corner, true); },
+             [this] { events.character('a'); }}) {
+        other();
+        EXPECT_EQ(events.mouse.read(MOUSE_CLICKED), 0);
+    }
+}
+
 TEST_F(InteractionTest, WithoutFunctionFigureOrTargetNothingHappens) {
     target.functions.clear();
     events.leftPress(middle);
@@ -142,6 +172,20 @@ TEST_F(InteractionTest, WithoutFunctionFigureOrTargetNothingHappens) {
     events.setTarget(nullptr);
     events.leftPress(corner);
     events.fireEvent("onLUp");
+}
+
+TEST_F(InteractionTest, WithoutAFigurePressesAreToldAndMovesAreNot) {
+    figureList().closeFigure(1);
+    events.mouseMove(corner, false);
+    events.mouseMove(corner, true);
+    EXPECT_EQ(target.take(), "");
+    EXPECT_EQ(events.mouse.pixel, corner);
+    events.leftPress(middle);
+    EXPECT_EQ(target.calls.size(), 1u);
+    EXPECT_TRUE(target.take().starts_with("onLDown"));
+    EXPECT_EQ(events.mouse[MOUSE_LEFT], 1);
+    events.leftRelease();
+    EXPECT_TRUE(target.take().starts_with("onLUp"));
 }
 
 TEST_F(InteractionTest, MovesWithAndWithoutTheButton) {
@@ -293,6 +337,35 @@ TEST_F(InteractionTest, PickingTheItemNearThePixel) {
     EXPECT_EQ(events.pick(figure, {-2147483647, 2147483647}), 0);
 }
 
+TEST_F(InteractionTest, AnItemOfAnotherFrameIsPickedToo) {
+    figure.selectFrame({0, 0, 1, 0.5});
+    figure.selectFrame({0, 0.5, 1, 0.5});
+    ASSERT_EQ(figure.frameCount(), 2);
+    for (const int k : {0, 1}) {
+        figure.setCurrentFrame(k);
+        figure.currentFrame().setExactLimits({0, 10, 0, 10});
+        figure.currentFrame().rescale();
+    }
+    const std::int32_t id = figure.frame(1).addItem(std::make_unique<SinglePoint>(5, 5, "ro^"));
+    EXPECT_EQ(id, 65536 + ItemId::of(id).item);
+    const std::int32_t first = figure.frame(0).addItem(std::make_unique<SinglePoint>(1, 1, "ro^"));
+    Interaction::makeDragable(figure, first);
+    Interaction::makeDragable(figure, id);
+    EXPECT_EQ(events.pick(figure, figure.frame(1).pixel(5, 5)), id);
+    EXPECT_EQ(events.pick(figure, figure.frame(0).pixel(1, 1)), first);
+}
+
+TEST_F(InteractionTest, ThePickRadiusCanBeSet) {
+    const auto id = addPoint(5, 5);
+    Interaction::makeDragable(figure, id);
+    EXPECT_EQ(events.pickRadiusSquared, 200);
+    events.pickRadiusSquared = 50;
+    EXPECT_EQ(events.pick(figure, {309, 176}), 0);
+    EXPECT_EQ(events.pick(figure, {306, 176}), id);
+    events.reset();
+    EXPECT_EQ(events.pickRadiusSquared, 200);
+}
+
 TEST_F(InteractionTest, ADraggedItemStaysInItsRegion) {
     const auto id = addPoint(5, 5);
     const DragRegion region{4, 4, 2, 3};
@@ -389,6 +462,24 @@ TEST(CurveFeature, ZerosAndExtremaNearAPoint) {
     EXPECT_FALSE(featureNear(x, std::vector<double>(501, std::nan("")), 5).found);
 }
 
+TEST(CurveFeature, ZerosAreLookedForNearerThanExtrema) {
+    // Of 500 points a zero counts within 5 and an extremum within 25.
+    std::vector<double> x(500), line(500), parabola(500);
+    for (int k = 0; k < 500; ++k) {
+        x[static_cast<std::size_t>(k)] = k;
+        line[static_cast<std::size_t>(k)] = k - 250;
+        parabola[static_cast<std::size_t>(k)] = 1000 + (k - 250.0) * (k - 250.0);
+    }
+    for (int k = 200; k < 300; ++k) {
+        const auto index = static_cast<std::size_t>(k);
+        // The interval on either side of the zero counts.
+        EXPECT_EQ(featureNear(x, line, index).found, k >= 250 - 6 && k <= 250 + 5) << k;
+        EXPECT_EQ(featureNear(x, parabola, index).found, k >= 250 - 25 && k <= 250 + 25) << k;
+    }
+    EXPECT_EQ(featureNear(x, line, 246).x, 250);
+    EXPECT_EQ(featureNear(x, parabola, 270).x, 250);
+}
+
 TEST_F(InteractionTest, TheCursorFollowsTheMouse) {
     trackCurve(frame, sampled([](double t) { return t; }), sampled([](double t) { return t * t / 10 + 1; }));
     ASSERT_TRUE(frame.tracker.active());
@@ -397,6 +488,14 @@ TEST_F(InteractionTest, TheCursorFollowsTheMouse) {
     const auto& vertical = *frame.findItem<Curve>(frame.tracker.vertical);
     const auto& horizontal = *frame.findItem<Curve>(frame.tracker.horizontal);
     EXPECT_TRUE(vertical.visible && horizontal.visible && vertical.style.xorMode);
+    const auto isDrawnIn = [](const Curve& curve, const char* text) {
+        PlotStyle style;
+        style.parseStyle(text);
+        return curve.style.lineColour == style.lineColour && curve.style.width == 1 && curve.style.xorMode;
+    };
+    EXPECT_TRUE(isDrawnIn(vertical, "m"));
+    EXPECT_TRUE(isDrawnIn(horizontal, "m"));
+    EXPECT_TRUE(isDrawnIn(*frame.findItem<Curve>(frame.tracker.marker), "g"));
     EXPECT_NEAR(vertical.xs[0], 5, 0.02);
     EXPECT_NEAR(horizontal.ys[0], 3.5, 0.02);
     EXPECT_FALSE(frame.findItem<TextLabel>(frame.tracker.label)->visible);

@@ -18,6 +18,7 @@
 #include "window/encoding.h"
 #include "window/figure_desktop.h"
 #include "window/figure_window.h"
+#include "window/icon.h"
 
 namespace vorpen {
 namespace {
@@ -229,6 +230,17 @@ TEST_F(ConsoleWindowTest, keysEdit) {
     EXPECT_EQ(typed(), "a=(b+c)");
     press(Qt::Key_Left, Qt::ControlModifier);
     EXPECT_EQ(window().console().line().caret(), 6);
+    press(Qt::Key_Left, Qt::ControlModifier);
+    EXPECT_EQ(window().console().line().caret(), 2);
+    press(Qt::Key_Right);
+    EXPECT_EQ(window().console().line().caret(), 3);
+    press(Qt::Key_Right, Qt::ControlModifier);
+    EXPECT_EQ(window().console().line().caret(), 6);
+    press(Qt::Key_Escape, Qt::NoModifier, "\x1b");
+    EXPECT_EQ(typed(), "");
+    type("b+c");
+    press(Qt::Key_BracketRight, Qt::ControlModifier, "\x1d");
+    EXPECT_EQ(typed(), "(b+c)");
 }
 
 TEST_F(ConsoleWindowTest, composedTextIsTyped) {
@@ -304,6 +316,31 @@ TEST_F(ConsoleWindowTest, theWheelScrollsAndZooms) {
     EXPECT_LT(state.position, end - 30);
 }
 
+TEST_F(ConsoleWindowTest, eachPartOfTheScrollBarScrolls) {
+    run(manyLines);
+    const ScrollState& state = window().console().scrollState();
+    QScrollBar& bar = client().scrollBar();
+    const auto end = state.position;
+    const auto after = [&](QAbstractSlider::SliderAction action) {
+        bar.triggerAction(action);
+        picture();
+        EXPECT_EQ(bar.value(), state.position);
+        return state.position;
+    };
+    EXPECT_EQ(bar.pageStep(), state.rows);
+    EXPECT_EQ(bar.maximum() + bar.pageStep(), state.lineCount);
+    EXPECT_EQ(after(QAbstractSlider::SliderSingleStepSub), end - 1);
+    EXPECT_EQ(after(QAbstractSlider::SliderSingleStepAdd), end);
+    EXPECT_EQ(after(QAbstractSlider::SliderPageStepSub), end - state.rows);
+    EXPECT_EQ(after(QAbstractSlider::SliderPageStepAdd), end);
+    EXPECT_EQ(after(QAbstractSlider::SliderToMinimum), 0);
+    EXPECT_EQ(text().getLine(0), "{g 1> {b:" + std::string(manyLines));
+    EXPECT_GT(inkInRow(0, green), 5);
+    EXPECT_EQ(after(QAbstractSlider::SliderToMaximum), end);
+    bar.setSliderPosition(7);
+    EXPECT_EQ(after(QAbstractSlider::SliderMove), 7);
+}
+
 TEST_F(ConsoleWindowTest, whatScrollsIsWhatIsDrawn) {
     run(manyLines);
     ASSERT_GT(window().console().scrollState().position, 30);
@@ -338,12 +375,29 @@ TEST_F(ConsoleWindowTest, tenMegabytesPastedAreHarmless) {
 }
 
 TEST_F(ConsoleWindowTest, menusStandAsTheyAreTold) {
-    QStringList headings;
-    for (const QAction* menu : window().menuBar()->actions()) headings << menu->text();
-    EXPECT_EQ(headings, (QStringList{"&File", "&Run", "&View", "&Help"}));
-    EXPECT_EQ(menuItem(COMMAND_EXIT)->text(), "E&xit\tAlt-F4");
-    EXPECT_EQ(menuItem(COMMAND_ZOOM_IN)->text(), "Zoom &in\t<<");
-    EXPECT_EQ(menuItem(COMMAND_LAUNCH)->text(), "&Launch vorpen");
+    using Items = std::vector<std::pair<std::string, int>>;
+    std::vector<std::pair<std::string, Items>> menus;
+    for (const QAction* menu : window().menuBar()->actions()) {
+        menus.push_back({menu->text().toStdString(), {}});
+        for (const QAction* item : menu->menu()->actions()) {
+            EXPECT_TRUE(item->isEnabled());
+            menus.back().second.emplace_back(item->text().toStdString(), item->data().toInt());
+        }
+    }
+    // Behind a tab stands the key that does the same.
+    EXPECT_EQ(
+        menus,
+        (std::vector<std::pair<std::string, Items>>{
+            {"&File", {{"&Restore", 202}, {"&Save", 203}, {"&cd ?", 204}, {"E&xit\tAlt-F4", 201}}},
+            {"&Run",
+             {{"&Reset", 210},
+              {"&E&xecute\t<ret>", 211},
+              {"&Abort", 213},
+              {"&Run clipboard\tF9", 214},
+              {"&Clear clipboard", 215},
+              {"&Launch vorpen", 217}}},
+            {"&View", {{"Zoom &in\t<<", 220}, {"Zoom &out\t>>", 221}}},
+            {"&Help", {{"&Basic help\t??", 230}, {"&Functions\t?func", 232}, {"&About vorpen", 231}}}}));
 }
 
 TEST_F(ConsoleWindowTest, menusRunTheirCommands) {
@@ -384,42 +438,135 @@ TEST_F(ConsoleWindowTest, foldersAreChosenFromThreeItems) {
             },
             300);
         choose(id);
+        EXPECT_NE(lines().end()[-2].find("> cd ?"), std::string::npos) << id;
+        EXPECT_EQ(lastLine(), window().calc().paths().current()) << "nothing was chosen";
         EXPECT_EQ(title, "cd ...");
     }
 }
 
+TEST_F(ConsoleWindowTest, exitClosesTheWindowAndEndsTheProgram) {
+    later([&] { menuItem(COMMAND_EXIT)->trigger(); });
+    EXPECT_EQ(QApplication::exec(), 0);
+    EXPECT_FALSE(window().isVisible());
+}
+
 TEST_F(ConsoleWindowTest, aboutTellsWhatTheProgramIs) {
-    QStringList told;
+    QStringList told, buttons;
+    int pictures = 0;
+    QApplication::setWindowIcon(programIcon());
     later([&] {
-        for (const QLabel* line : QApplication::activeModalWidget()->findChildren<QLabel*>())
+        const QWidget* box = QApplication::activeModalWidget();
+        for (const QLabel* line : box->findChildren<QLabel*>()) {
             told << line->text();
+            pictures += !line->pixmap().isNull();
+        }
+        for (const auto* button : box->findChildren<QPushButton*>()) buttons << button->text().remove('&');
         QApplication::activeModalWidget()->close();
     });
     choose(COMMAND_ABOUT);
+    QApplication::setWindowIcon({});
     EXPECT_TRUE(told.contains("Enter 'help' for further information, or see"));
-    EXPECT_TRUE(told.filter("Vorpen 5a").size() == 1 && told.filter("Copyright").size() == 1);
-    told.clear();
-    later([&] {
-        told << QApplication::activeModalWidget()->windowTitle();
-        press(Qt::Key_Return, Qt::NoModifier, "\r", QApplication::activeModalWidget());
-    });
-    press(Qt::Key_Slash, Qt::AltModifier, "/");
-    EXPECT_EQ(told, QStringList{"About Vorpen"});
+    EXPECT_EQ(told.filter("Vorpen 5a").size(), 1);
+    EXPECT_EQ(told.filter("https://").size(), 1) << "the page of the documentation";
+    EXPECT_EQ(told.filter("Copyright").size(), 1);
+    EXPECT_EQ(buttons, QStringList{"OK"});
+    EXPECT_EQ(pictures, 1);
+}
+
+TEST_F(ConsoleWindowTest, keysAskWhatTheProgramIs) {
+    // It ends by its button, and by the key that closes a box.
+    for (const auto& [key, text, end] :
+         {std::tuple{Qt::Key_Slash, "/", Qt::Key_Return}, {Qt::Key_Question, "?", Qt::Key_Escape}}) {
+        QStringList told;
+        later([&, answer = end] {
+            QWidget* box = QApplication::activeModalWidget();
+            ASSERT_NE(box, nullptr);
+            told << box->windowTitle();
+            press(answer, Qt::NoModifier, {}, box);
+        });
+        press(key, Qt::AltModifier, text);
+        EXPECT_EQ(told, QStringList{"About Vorpen"}) << text;
+        EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+        EXPECT_EQ(typed(), "");
+    }
+    EXPECT_TRUE(lines().empty());
+}
+
+TEST_F(ConsoleWindowTest, functionKeysOfTheInputLine) {
+    QGuiApplication::clipboard()->setText("q=4;;");
+    type("half a line");
+    press(Qt::Key_F5);
+    EXPECT_EQ(typed(), "half a line");
+    EXPECT_TRUE(lines().empty());
+    // What was typed gives way to the clipboard.
+    press(Qt::Key_F9);
+    QApplication::processEvents();
+    EXPECT_EQ(lines(), Lines{"4"});
     EXPECT_EQ(typed(), "");
+    EXPECT_EQ(window().console().line().commandNumber(), 2);
+    // Nothing on it is an empty input.
+    QGuiApplication::clipboard()->clear();
+    press(Qt::Key_F9);
+    QApplication::processEvents();
+    EXPECT_EQ(lines(), Lines{"4"});
+    EXPECT_EQ(window().console().line().commandNumber(), 3);
 }
 
 TEST_F(ConsoleWindowTest, theButtonsOfTheStrip) {
     EXPECT_EQ(client().execButton().geometry(), QRect(392, 1, 70, 22));
     EXPECT_EQ(client().againButton().geometry(), QRect(462, 1, 70, 22));
+    EXPECT_EQ(client().execButton().text(), "Exec");
+    EXPECT_EQ(client().againButton().text(), "Again");
+    // Without a text on the clipboard the keyboard comes back, and that is all.
+    QGuiApplication::clipboard()->clear();
+    client().clearFocus();
+    client().execButton().click();
+    QApplication::processEvents();
+    EXPECT_TRUE(client().hasFocus());
+    EXPECT_TRUE(lines().empty());
     QGuiApplication::clipboard()->setText("q=4;;");
     client().execButton().click();
     QApplication::processEvents();
     EXPECT_EQ(lastLine(), "4");
+    EXPECT_TRUE(client().hasFocus());
     run("1+1");
     client().againButton().click();
     QApplication::processEvents();
     EXPECT_EQ(lines().end()[-2], "3> 1+1");
     EXPECT_EQ(lastLine(), "2");
+}
+
+TEST_F(ConsoleWindowTest, theStripIsAsWideAsTheWindow) {
+    const auto* strip = client().findChild<QFrame*>("strip");
+    for (const int width : {840, 600, 1000}) {
+        client().resize(width, 500);
+        EXPECT_EQ(strip->geometry(), QRect(0, 0, width, 24));
+    }
+    const QRect box = client().directoryBox().geometry();
+    EXPECT_EQ(box.topLeft(), QPoint(81, 0));
+    EXPECT_EQ(box.width(), 310);
+    const QFont& face = client().directoryBox().font();
+    EXPECT_TRUE(face.bold());
+    EXPECT_EQ(face.pointSize(), 10);
+    EXPECT_EQ(face.families().front(), "Courier New");
+}
+
+TEST_F(ConsoleWindowTest, theDirectoryBoxGivesTheKeyboardBack) {
+    run("cd " + folder.string());
+    DirectoryBox& box = client().directoryBox();
+    box.showPopup();
+    client().clearFocus();
+    box.hidePopup();
+    EXPECT_TRUE(client().hasFocus()) << "closed without a choice";
+    EXPECT_EQ(lines().size(), 2u);
+    client().clearFocus();
+    emit box.activated(box.currentIndex());
+    EXPECT_TRUE(client().hasFocus());
+    QApplication::processEvents();
+    EXPECT_EQ(lines().end()[-2], "2> cd " + folder.string());
+    type("x");
+    const Rectangle caret = window().console().caretPlace();
+    EXPECT_EQ(picture().pixel(caret.x, caret.y + caret.height / 2), black) << "the caret is seen";
 }
 
 TEST_F(ConsoleWindowTest, theDirectoryBoxFollowsAndLeads) {
@@ -457,6 +604,12 @@ TEST_F(ConsoleWindowTest, aProgramReadsACharacter) {
     run("k=getch;");
     run("k");
     EXPECT_EQ(lastLine(), "113");
+    // It is shown as it stands.
+    later([&] { type("{"); });
+    run("k=getch;");
+    EXPECT_EQ(lastLine(), "{");
+    run("k");
+    EXPECT_EQ(lastLine(), "123");
 }
 
 TEST_F(ConsoleWindowTest, aMessageWaitsForItsButton) {
@@ -498,9 +651,12 @@ TEST_F(ConsoleWindowTest, abortEndsAnEndlessLoop) {
 }
 
 TEST_F(ConsoleWindowTest, aWaitForAClickTakesOneInTheConsole) {
+    interaction().mouse[MOUSE_X] = 3;
+    interaction().mouse[MOUSE_Y] = 4;
     later([&] { click(3); });
     run("getclick(0)");
     EXPECT_EQ(lines().size(), 2u);
+    EXPECT_EQ(lastLine(), "3 4 ") << "the mouse's last place in a figure";
     later([&] { press(Qt::Key_Escape, Qt::NoModifier, "\x1b"); });
     run("getclick(0)");
     run("1");
@@ -576,6 +732,9 @@ TEST_F(ConsoleWindowTest, aSecondConsoleIsIndependent) {
     ASSERT_EQ(desktop->consoles().size(), 2u);
     ConsoleWindow& second = *desktop->consoles().back();
     EXPECT_EQ(second.windowTitle(), "secondary Vorpen");
+    EXPECT_EQ(window().pos(), QPoint(100, 30));
+    EXPECT_EQ(second.pos(), QPoint(120, 50));
+    EXPECT_EQ(second.size(), QSize(840, 600));
     typeInto(&second.client(), "x=2\n");
     QApplication::processEvents();
     run("x");
@@ -586,6 +745,48 @@ TEST_F(ConsoleWindowTest, aSecondConsoleIsIndependent) {
     ASSERT_EQ(desktop->consoles().size(), 1u);
     run("x+1");
     EXPECT_EQ(lastLine(), "2");
+}
+
+TEST_F(ConsoleWindowTest, theOneWithTheKeyboardIsCurrent) {
+    choose(COMMAND_LAUNCH);
+    ConsoleWindow& second = *desktop->consoles().back();
+    for (ConsoleWindow* const chosen : {&second, &window(), &second, &window()}) {
+        chosen->activateWindow();
+        QApplication::processEvents();
+        ASSERT_TRUE(chosen->isActiveWindow());
+        EXPECT_EQ(Calc::current(), &chosen->calc());
+        EXPECT_EQ(&console(), &chosen->calc().console());
+        EXPECT_TRUE(chosen->client().hasFocus());
+    }
+}
+
+TEST_F(ConsoleWindowTest, aDebuggerGoesWithItsConsole) {
+    choose(COMMAND_LAUNCH);
+    ConsoleWindow& second = *desktop->consoles().back();
+    const auto debuggers = [] {
+        QList<QWidget*> found;
+        for (QWidget* one : QApplication::topLevelWidgets())
+            if (one->isVisible() && one->windowTitle().contains(" at line ")) found << one;
+        return found;
+    };
+    // It stays on view behind a run that ends in steps.
+    QTimer steps;
+    QObject::connect(&steps, &QTimer::timeout, [&] {
+        if (!second.calc().debugger().isWaiting()) return;
+        for (auto* button : debuggers().front()->findChildren<QPushButton*>())
+            if (button->text() == "Step") button->click();
+    });
+    steps.start(5);
+    typeInto(&second.client(), "p=1;! q=2;\n");
+    QApplication::processEvents();
+    steps.stop();
+    ASSERT_EQ(debuggers().size(), 1);
+    EXPECT_TRUE(debuggers().front()->windowTitle().startsWith("Stepping"));
+    second.close();
+    QApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
+    EXPECT_EQ(desktop->consoles().size(), 1u);
+    EXPECT_TRUE(debuggers().empty());
 }
 
 TEST_F(ConsoleWindowTest, oneConsoleRunsWhileAnotherWaits) {

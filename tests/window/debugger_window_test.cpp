@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <deque>
 #include <functional>
+#include <map>
 
 #include "base/interrupt.h"
 #include "eval/run_state.h"
@@ -144,12 +145,63 @@ TEST_F(DebuggerWindowTest, HaltEndsTheRun) {
 }
 
 TEST_F(DebuggerWindowTest, ClosingLetsTheScriptFinishAndTheNextOneStopsAgain) {
-    acts = {[&] { window.widget()->close(); }};
+    QPointer<QWidget> closed;
+    acts = {[&] {
+        closed = window.widget();
+        closed->close();
+    }};
     EXPECT_EQ(run(), "end");
     EXPECT_EQ(window.widget(), nullptr);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(closed.isNull());
     acts = {[&] { key(Qt::Key_Escape); }};
     EXPECT_EQ(run(), "end");
     EXPECT_EQ(titles.size(), 2u);
+}
+
+TEST_F(DebuggerWindowTest, OpensBesideTheConsoleInTheSizeOfItsFont) {
+    QWidget console;
+    console.setGeometry(20, 30, 400, 200);
+    console.show();
+    QCoreApplication::processEvents();
+    DebuggerWindow opened(&console, {});
+    ASSERT_TRUE(opened.open());
+    const QRect room = console.screen()->availableGeometry(), place = opened.widget()->geometry();
+    const QFontMetricsF cell(opened.widget()->font());
+    const auto columns = [&](double units) { return units / 4 * cell.averageCharWidth(); };
+    const auto lines = [&](double units) { return units / 8 * cell.height(); };
+    ASSERT_LT(lines(300), room.height());
+    EXPECT_NEAR(place.width(), columns(380), 1);
+    EXPECT_NEAR(place.height(), lines(300), 1);
+    EXPECT_NEAR(place.top(), 30 + lines(15), 1);
+    EXPECT_NEAR(place.left(), std::min<double>(20 + columns(400), room.right() + 1 - place.width()), 1)
+        << "no further than the screen";
+    EXPECT_EQ(opened.widget()->windowTitle(), "Breakpoint");
+    EXPECT_FALSE(opened.widget()->isVisible());
+}
+
+TEST_F(DebuggerWindowTest, ButtonsStayAtTheBottomRight) {
+    acts = {[&] {
+                QWidget& pane = *window.widget();
+                std::map<QString, QPushButton*> buttons;
+                for (auto* button : pane.findChildren<QPushButton*>()) buttons[button->text()] = button;
+                ASSERT_EQ(buttons.size(), 3u);
+                for (const QSize size : {pane.size(), QSize(500, 300), QSize(900, 700)}) {
+                    pane.resize(size);
+                    QCoreApplication::processEvents();
+                    int right = pane.width();
+                    for (const char* name : {"Cont", "Step", "Halt"}) {
+                        const QRect place = buttons.at(name)->geometry();
+                        EXPECT_EQ(place.size(), QSize(64, 26)) << name;
+                        EXPECT_EQ(place.right() + 1, right - 8) << name;
+                        EXPECT_EQ(place.bottom() + 1, pane.height() - 8) << name;
+                        right = place.left();
+                    }
+                }
+                click("Cont");
+            },
+            pressing("Cont")};
+    run();
 }
 
 TEST_F(DebuggerWindowTest, OpensWhereItWasClosed) {

@@ -223,7 +223,76 @@ TEST_F(FigureEvents, KeysAreCharactersOrNumbers) {
     EXPECT_EQ(type("close(0); getkeyb"), "in getkeyb: no figure window is open");
 }
 
+TEST_F(FigureEvents, EachNamedKeyHasItsNumber) {
+    const std::vector<std::pair<int, int>> numbers = {
+        {Qt::Key_Backspace, 8}, {Qt::Key_Tab, 9},       {Qt::Key_Backtab, 9},     {Qt::Key_Clear, 12},
+        {Qt::Key_Return, 13},   {Qt::Key_Enter, 13},    {Qt::Key_Shift, 16},      {Qt::Key_Control, 17},
+        {Qt::Key_Pause, 19},    {Qt::Key_CapsLock, 20}, {Qt::Key_Escape, 27},     {Qt::Key_Space, 32},
+        {Qt::Key_PageUp, 33},   {Qt::Key_PageDown, 34}, {Qt::Key_End, 35},        {Qt::Key_Home, 36},
+        {Qt::Key_Left, 37},     {Qt::Key_Up, 38},       {Qt::Key_Right, 39},      {Qt::Key_Down, 40},
+        {Qt::Key_Print, 44},    {Qt::Key_Insert, 45},   {Qt::Key_Delete, 46},     {Qt::Key_Meta, 91},
+        {Qt::Key_Menu, 93},     {Qt::Key_NumLock, 144}, {Qt::Key_ScrollLock, 145}};
+    define("onKeyDown(p)", "n=getmouse(13)");
+    const auto pressed = [this](int code) {
+        type("n=0;");
+        key(code);
+        const double held = interaction().mouse[MOUSE_KEY];
+        keyUp(code);
+        EXPECT_EQ(interaction().mouse[MOUSE_KEY], 0);
+        return std::pair(static_cast<int>(held), std::stoi(type("n")));
+    };
+    for (const auto& [code, number] : numbers)
+        EXPECT_EQ(pressed(code), std::pair(number, number < 65 ? number : 0)) << number;
+    for (int k = 0; k < 24; ++k) EXPECT_EQ(pressed(Qt::Key_F1 + k), std::pair(112 + k, 112 + k)) << k;
+    // Keys that type something, where they type nothing.
+    EXPECT_EQ(pressed(Qt::Key_A), std::pair(65, 0));
+    EXPECT_EQ(pressed(Qt::Key_Z), std::pair(90, 0));
+    EXPECT_EQ(pressed(Qt::Key_0), std::pair(48, 48));
+    EXPECT_EQ(pressed(Qt::Key_9), std::pair(57, 57));
+}
+
 // ---- Controls -------------------------------------------------------------------------------
+
+TEST_F(FigureEvents, EachLetterIsAControlOfItsKind) {
+    struct Row {
+        const char* letter;
+        const char* kind;
+        int states;  ///< that clicks go through
+        bool takesKeys;
+    };
+    for (const Row& row : std::vector<Row>{{"b", "QPushButton", 1, true},
+                                           {"c", "QCheckBox", 2, true},
+                                           {"e", "QLineEdit", 0, true},
+                                           {"h", "QLabel", 0, false},
+                                           {"r", "QRadioButton", 1, true},
+                                           {"t", "QCheckBox", 3, true},
+                                           {"B", "QPushButton", 1, true},
+                                           {"C", "QCheckBox", 2, true},
+                                           {"E", "QLineEdit", 0, true},
+                                           {"H", "QLabel", 0, false},
+                                           {"R", "QRadioButton", 1, true},
+                                           {"T", "QCheckBox", 3, true}}) {
+        SCOPED_TRACE(row.letter);
+        type(std::string("wipe; item=createButton(\"it\",\"") + row.letter + "\",[1,1,3,1]);");
+        settle();
+        ASSERT_EQ(canvas().findChildren<QWidget*>(Qt::FindDirectChildrenOnly).size(), 1);
+        auto* const made = control<QWidget>();
+        EXPECT_TRUE(made->inherits(row.kind));
+        EXPECT_TRUE(made->isVisible());
+        EXPECT_EQ((made->focusPolicy() & Qt::TabFocus) != 0, row.takesKeys);
+        EXPECT_EQ(made->font().pointSize(), std::string(row.kind) == "QLabel" ? 16 : 12);
+        if (row.states == 0) continue;
+        define("onButton(p,v)", "log=[log,v[2]]");
+        type("log=[];");
+        for (int k = 0; k < 6; ++k) dynamic_cast<QAbstractButton&>(*made).click();
+        const char* const expected[] = {"", "0 0 0 0 0 0", "1 0 1 0 1 0", "1 2 0 1 2 0"};
+        // A radio button that is alone stays on.
+        EXPECT_EQ(type("log"),
+                  std::string(row.kind) == "QRadioButton" ? "1 1 1 1 1 1" : expected[row.states]);
+    }
+    type("wipe; createButton(\"it\");");
+    EXPECT_EQ(control<QPushButton>()->text(), "it") << "a push button unless it is told";
+}
 
 TEST_F(FigureEvents, AButtonStandsAtItsPlaceAndCallsTheFunction) {
     type("item=createButton(\"go\",\"b\",[2,8,2,1]);");
