@@ -21,6 +21,19 @@
 namespace vorpen {
 namespace {
 
+/// What was pressed before a box opened and is let go now is not held down for
+/// ever.
+bool isRelease(const QEvent& event) {
+    return event.type() == QEvent::KeyRelease || event.type() == QEvent::MouseButtonRelease;
+}
+
+/// An open box keeps all else away from a window; also what was done just
+/// before, or each key of a word would open a box of its own.
+bool isBlocked(const QWidget& widget) {
+    const QWidget* box = QApplication::activeModalWidget();
+    return box && widget.window() != box;
+}
+
 constexpr int endingSignals[] = {SIGTERM, SIGHUP, SIGINT};
 
 Desktop* theDesktop = nullptr;
@@ -174,10 +187,13 @@ void Desktop::keep(QWidget& target, const QEvent& event) {
 void Desktop::giveKeptEvents() {
     for (KeptEvent& kept : std::exchange(kept_, {})) {
         if (!kept.target) continue;
-        if (kept.event->type() == QEvent::Close)
-            QMetaObject::invokeMethod(kept.target, [window = kept.target] { window->close(); }, Qt::QueuedConnection);
-        else
-            QCoreApplication::postEvent(kept.target, kept.event.release());
+        const auto give = [target = kept.target, event = std::shared_ptr<QEvent>(std::move(kept.event))] {
+            if (event->type() == QEvent::Close)
+                target->close();
+            else if (isRelease(*event) || !isBlocked(*target))
+                QCoreApplication::sendEvent(target, event.get());
+        };
+        QMetaObject::invokeMethod(kept.target, give, Qt::QueuedConnection);
     }
 }
 

@@ -64,7 +64,9 @@ void WindowHost::setClipboardText(std::string_view text) {
 }
 
 std::optional<std::string> WindowHost::chooseFolder(std::string_view title, std::string_view start) {
-    const QString chosen = QFileDialog::getExistingDirectory(owner(), toQString(title), toQString(start));
+    // Who looks for a folder shall not remove one by a slip of the hand.
+    const QString chosen = QFileDialog::getExistingDirectory(owner(), toQString(title), toQString(start),
+                                                             QFileDialog::ShowDirsOnly | QFileDialog::ReadOnly);
     if (chosen.isEmpty() || window_.desktop().isLeaving()) return std::nullopt;
     return fromQString(chosen);
 }

@@ -4,6 +4,7 @@
 #include <QtGui/QClipboard>
 #include <QtWidgets/QAbstractButton>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QFileDialog>
 #include <QtWidgets/QMenuBar>
 #include <QtWidgets/QMessageBox>
 #include <filesystem>
@@ -377,14 +378,19 @@ TEST_F(ConsoleWindowTest, menusRunTheirCommands) {
 TEST_F(ConsoleWindowTest, foldersAreChosenFromThreeItems) {
     for (const int id : {COMMAND_RESTORE, COMMAND_SAVE, COMMAND_CHOOSE_FOLDER}) {
         QString title;
+        bool canRemoveFolders = true;
         later(
             [&] {
-                title = QApplication::activeModalWidget()->windowTitle();
-                QApplication::activeModalWidget()->close();
+                auto* box = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+                ASSERT_NE(box, nullptr);
+                title = box->windowTitle();
+                canRemoveFolders = !box->testOption(QFileDialog::ReadOnly);
+                box->close();
             },
             300);
         choose(id);
         EXPECT_EQ(title, "cd ...");
+        EXPECT_FALSE(canRemoveFolders);
     }
 }
 
@@ -626,6 +632,40 @@ TEST_F(ConsoleWindowTest, aFigureBelongsToTheConsoleThatOpenedIt) {
     QApplication::processEvents();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
     EXPECT_EQ(pressOn(2), 1);
+}
+
+TEST_F(ConsoleWindowTest, ofTheKeysThatAFigureGetsLaterABoxStopsTheRest) {
+    QtFigureDesktop figures;
+    figures.setConsole(&window());
+    run("onKeyDown(p) := messageBox('key')");
+    run("figure(1);");
+    auto& view = dynamic_cast<FigureWindowView&>(*figureList().find(1)->view());
+    auto* canvas = view.window()->findChild<QWidget*>("client");
+    const QPointF at(100, 100);
+    const auto press = [&](QEvent::Type type, Qt::MouseButtons held) {
+        QMouseEvent event(type, at, canvas->mapToGlobal(at), Qt::LeftButton, held, Qt::NoModifier);
+        QApplication::sendEvent(canvas, &event);
+    };
+    press(QEvent::MouseButtonPress, Qt::LeftButton);
+    bool wasBusy = false;
+    later(
+        [&] {
+            wasBusy = desktop->turns().isComputing;
+            typeInto(canvas, "abcd");
+            press(QEvent::MouseButtonRelease, Qt::NoButton);
+            menuItem(COMMAND_ABORT)->trigger();
+        },
+        400);
+    int boxes = 0;
+    QTimer answers;
+    QObject::connect(&answers, &QTimer::timeout, [&] { boxes += answerBox(QMessageBox::Ok) != "no box"; });
+    answers.start(100);
+    run("while 1 { }");
+    QApplication::processEvents();
+    EXPECT_TRUE(wasBusy);
+    EXPECT_EQ(boxes, 1);
+    // What was held down is not held for ever.
+    EXPECT_EQ(interaction().mouse[MOUSE_LEFT], 0);
 }
 
 TEST_F(ConsoleWindowTest, closingThePrimaryEndsWhatRunsInTheOther) {
