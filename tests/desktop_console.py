@@ -118,6 +118,16 @@ class Console(desktop_harness.DesktopTest):
         self.desktop.keys('alt+f', 'x')
         self.assertEqual(self.desktop.wait_for_end(self.program), 0)
 
+    def test_the_keyboard_comes_back_from_the_menus(self):
+        self.start()
+        for number, keys in enumerate((['alt+h', 'Escape', 'Escape'], ['Alt_L', 'alt+h', 'Escape', 'Escape'],
+                                       ['Alt_L', 'alt+h', 'alt+v', 'Escape', 'Escape'], ['Alt_L', 'Alt_L'],
+                                       ['Alt_L', 'alt+v', 'Alt_L', 'Escape'], ['F6', 'alt+h', 'Escape', 'Escape'])):
+            for key in keys:
+                self.desktop.keys(key)
+            self.desktop.type('1;\n')
+            self.until_row(number + 1, GREEN, 'the prompt behind a line typed after ' + ', '.join(keys))
+
     def test_a_run_is_watched_and_ended(self):
         self.start()
         self.desktop.type('k=0; while 1 { k=k+1; }\n')

@@ -3,7 +3,7 @@
 
 #include <QtGui/QCloseEvent>
 #include <QtWidgets/QApplication>
-#include <QtWidgets/QMenuBar>
+#include <QtWidgets/QMenu>
 
 #include "base/interrupt.h"
 #include "console/console_commands.h"
@@ -12,6 +12,7 @@
 #include "window/about_dialog.h"
 #include "window/desktop.h"
 #include "window/encoding.h"
+#include "window/menu_bar.h"
 
 namespace vorpen {
 namespace {
@@ -74,7 +75,7 @@ ConsoleWindow::~ConsoleWindow() {
 QString ConsoleWindow::plainTitle() const { return isSecondary_ ? "secondary Vorpen" : "Vorpen 5a"; }
 
 void ConsoleWindow::makeMenus() {
-    menuBar()->setNativeMenuBar(false);
+    setMenuBar(new MenuBar(this, *client_));
     QMenu* menu = nullptr;
     std::string_view heading;
     for (const MenuRow& row : consoleMenu()) {

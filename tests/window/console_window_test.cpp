@@ -2,6 +2,7 @@
 #include "window/console_window.h"
 
 #include <QtGui/QClipboard>
+#include <QtGui/QWindow>
 #include <QtWidgets/QAbstractButton>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QFileDialog>
@@ -375,6 +376,27 @@ TEST_F(ConsoleWindowTest, menusRunTheirCommands) {
     EXPECT_EQ(QGuiApplication::clipboard()->text(), "");
 }
 
+TEST_F(ConsoleWindowTest, aMenuBarWithoutAnOpenMenuKeepsNoKeys) {
+    QMenuBar* bar = window().menuBar();
+    bar->setFocus();
+    ASSERT_EQ(window().focusWidget(), bar);
+    typeInto(bar, "2*");
+    EXPECT_EQ(window().focusWidget(), &client());
+    type("21\n");
+    QApplication::processEvents();
+    EXPECT_EQ(lastLine(), "42");
+    // A menu in use has them.
+    bar->setFocus();
+    bar->setActiveAction(bar->actions().front());
+    bar->actions().front()->menu()->close();
+    bar->setActiveAction(bar->actions().front());
+    press(Qt::Key_Right, Qt::NoModifier, {}, bar);
+    EXPECT_EQ(bar->activeAction(), bar->actions()[1]);
+    press(Qt::Key_Escape, Qt::NoModifier, "\x1b", bar);
+    EXPECT_EQ(bar->activeAction(), nullptr);
+    EXPECT_EQ(window().focusWidget(), &client());
+}
+
 TEST_F(ConsoleWindowTest, foldersAreChosenFromThreeItems) {
     for (const int id : {COMMAND_RESTORE, COMMAND_SAVE, COMMAND_CHOOSE_FOLDER}) {
         QString title;
@@ -607,6 +629,7 @@ TEST_F(ConsoleWindowTest, aFigureBelongsToTheConsoleThatOpenedIt) {
     QtFigureDesktop figures;
     figures.setConsole(&window());
     figures.setOpener([this] { return desktop->returnToRun(); });
+    figures.setPlacer([this] { return desktop->runningConsole(); });
     const auto pressOn = [](int number) {
         auto& view = dynamic_cast<FigureWindowView&>(*figureList().find(number)->view());
         auto* canvas = view.window()->findChild<QWidget*>("client");
@@ -627,6 +650,13 @@ TEST_F(ConsoleWindowTest, aFigureBelongsToTheConsoleThatOpenedIt) {
     EXPECT_EQ(pressOn(1), 1);
     EXPECT_EQ(pressOn(2), 2);
     EXPECT_EQ(pressOn(1), 1);
+    // It lies over it, too.
+    const auto isOver = [](int number) {
+        auto& view = dynamic_cast<FigureWindowView&>(*figureList().find(number)->view());
+        return view.window()->windowHandle()->transientParent();
+    };
+    EXPECT_EQ(isOver(1), window().windowHandle());
+    EXPECT_EQ(isOver(2), second.windowHandle());
     // Without its console it is one of those that remain.
     second.close();
     QApplication::processEvents();
