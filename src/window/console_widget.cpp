@@ -309,6 +309,9 @@ bool ConsoleWidget::keyOfWindow(QKeyEvent* event) {
         case Qt::Key_PageUp: scrollTo(state.position - std::max(state.rows - 1, 1)); return true;
         case Qt::Key_PageDown: scrollTo(state.position + std::max(state.rows - 1, 1)); return true;
         case Qt::Key_F6: directories_->showPopup(); return true;
+        case Qt::Key_Space:
+            if (control) console_->completeLine();
+            return control;
         case Qt::Key_Insert:
             if (control) console_->command(COMMAND_COPY);
             if (event->modifiers() & Qt::ShiftModifier) console_->command(COMMAND_PASTE);

@@ -233,6 +233,21 @@ TEST_F(ConsoleWindowTest, keysEdit) {
     EXPECT_EQ(window().console().line().caret(), 6);
 }
 
+TEST_F(ConsoleWindowTest, namesAreCompleted) {
+    run("marginOfError=1;");
+    run("marginOfSafety=2;");
+    type("3*marg");
+    press(Qt::Key_Space, Qt::ControlModifier, QString(QChar(0)));
+    EXPECT_EQ(typed(), "3*marginOf");
+    press(Qt::Key_Space, Qt::ControlModifier, " ");
+    EXPECT_EQ(lastLine(), "marginOfError   marginOfSafety");
+    EXPECT_EQ(typed(), "3*marginOf");
+    type("S");
+    press(Qt::Key_Space, Qt::ControlModifier);
+    run("");
+    EXPECT_EQ(lastLine(), "6");
+}
+
 TEST_F(ConsoleWindowTest, composedTextIsTyped) {
     QInputMethodEvent event;
     event.setCommitString(QString::fromUtf8("µé"));
