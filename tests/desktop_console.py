@@ -167,6 +167,21 @@ class Console(desktop_harness.DesktopTest):
         self.desktop.wait_for_end(self.program)
         self.assertEqual(self.value_of('v'), '9')
 
+    def test_a_question_at_the_end_loses_nothing(self):
+        def lose_display(box):
+            self.desktop.tool('xdotool', 'windowkill', str(box))
+        for number, end in enumerate((lambda box: self.program.send_signal(signal.SIGTERM), lose_display,
+                                      lambda box: self.desktop.keys('Return'))):
+            self.start()
+            self.desktop.type('v=%d; big=zeros(100,101);\n' % number)
+            self.until_row(1, GREEN, 'the prompt')
+            self.desktop.close_window(self.window)
+            box = self.desktop.window('vorpen exit')
+            self.desktop.until(lambda: self.desktop.has_focus(box), 'the keyboard in the box')
+            end(box)
+            self.desktop.wait_for_end(self.program)
+            self.assertEqual(self.value_of('v'), str(number))
+
     def test_a_script_runs_and_the_window_stays(self):
         folder = os.path.join(self.desktop.home, 'a folder')
         os.makedirs(folder)

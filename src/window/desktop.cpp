@@ -74,15 +74,17 @@ Desktop::Desktop(std::optional<std::string> home) : home_(std::move(home)) {
     [[maybe_unused]] static const bool registered = std::atexit([] { saveNow(); }) == 0;
 }
 
+/// The primary engine goes last, as it came first, and saves by itself. It may
+/// ask before it does, and be ended from outside then like any other wait.
 Desktop::~Desktop() {
+    alarm(0);
+    while (consoles_.size() > 1) consoles_.pop_back();
+    consoles_.clear();
+    engineToSave = nullptr;
     alarm(0);
     for (const int signal : endingSignals) std::signal(signal, SIG_DFL);
     signals_.reset();
     setService(nullptr);
-    // The primary engine goes last, as it came first, and saves by itself.
-    while (consoles_.size() > 1) consoles_.pop_back();
-    engineToSave = nullptr;
-    consoles_.clear();
     theDesktop = nullptr;
 }
 

@@ -611,6 +611,20 @@ TEST_F(ConsoleWindowTest, largeMatricesAreAskedFor) {
     EXPECT_FALSE(fs::exists(folder / "vorpen_env.bin"));
 }
 
+TEST_F(ConsoleWindowTest, aRequestToEndAnswersTheLastQuestionAndSaves) {
+    run("big=zeros(100,101); v=1;");
+    later([&] { window().close(); });
+    EXPECT_EQ(QApplication::exec(), 0);
+    bool wasAsked = false;
+    QTimer::singleShot(100, [&] {
+        wasAsked = QApplication::activeModalWidget() != nullptr;
+        raise(SIGTERM);
+    });
+    desktop.reset();
+    EXPECT_TRUE(wasAsked);
+    EXPECT_TRUE(fs::exists(folder / "vorpen_env.bin"));
+}
+
 // ---- two consoles
 
 TEST_F(ConsoleWindowTest, aSecondConsoleIsIndependent) {
