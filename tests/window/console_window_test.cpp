@@ -736,5 +736,20 @@ TEST_F(ConsoleWindowTest, closingThePrimaryEndsWhatRunsInTheOther) {
     EXPECT_EQ(QApplication::exec(), 0);
 }
 
+TEST_F(ConsoleWindowTest, theEndOfSeveralRunsLeavesTheLastQuestionOpen) {
+    run("big=zeros(100,101);");
+    choose(COMMAND_LAUNCH);
+    ConsoleWindow& second = *desktop->consoles().back();
+    later([&] { typeInto(&second.client(), "pause(100000)\n"); }, 0);
+    later([&] { type("pause(100000)\n"); }, 100);
+    later([&] { window().close(); }, 300);
+    EXPECT_EQ(QApplication::exec(), 0);
+    QString said;
+    QTimer::singleShot(100, [&] { said = answerBox(QMessageBox::Ok); });
+    desktop.reset();
+    EXPECT_EQ(said, "vorpen exit: Large matrices will not be saved: ok to exit?");
+    EXPECT_TRUE(fs::exists(folder / "vorpen_env.bin"));
+}
+
 }  // namespace
 }  // namespace vorpen
