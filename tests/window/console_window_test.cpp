@@ -480,6 +480,15 @@ TEST_F(ConsoleWindowTest, theDirectoryBoxFollowsAndLeads) {
     QApplication::processEvents();
     EXPECT_EQ(window().calc().paths().current(), folder.string());
     EXPECT_EQ(lastLine(), folder.string());
+    // What cannot be had is not shown as if it were.
+    fs::remove(inside);
+    const int gone = box.findData(toQString(inside.string()));
+    ASSERT_GE(gone, 0);
+    box.setCurrentIndex(gone);
+    emit box.activated(gone);
+    QApplication::processEvents();
+    EXPECT_NE(lastLine(), folder.string());
+    EXPECT_EQ(box.currentData().toString().toStdString(), folder.string());
 }
 
 // ---- a running program and the user
