@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <QtCore/QSocketNotifier>
+#include <QtGui/QWindow>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMenu>
 #include <QtWidgets/QMenuBar>
@@ -235,12 +236,26 @@ bool Desktop::eventFilter(QObject* target, QEvent* event) {
 
 // ---- the end
 
+/// Figures stay when their console goes; from then on they lie over the primary
+/// one. A window system is told so when a window is shown.
+void Desktop::handOverFigures(const ConsoleWindow& console) {
+    QWindow* const primary = consoles_.front()->windowHandle();
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (!dynamic_cast<FigureWindow*>(window) || !window->isVisible()) continue;
+        if (window->windowHandle()->transientParent() != console.windowHandle()) continue;
+        window->windowHandle()->setTransientParent(primary);
+        window->hide();
+        window->show();
+    }
+}
+
 void Desktop::closed(ConsoleWindow& console) {
     if (!console.isSecondary()) {
         for (const auto& other : consoles_) other->hide();
         QCoreApplication::quit();
         return;
     }
+    handOverFigures(console);
     // Not from within an event of its own.
     QMetaObject::invokeMethod(
         this,

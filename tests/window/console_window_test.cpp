@@ -700,6 +700,8 @@ TEST_F(ConsoleWindowTest, aFigureBelongsToTheConsoleThatOpenedIt) {
     QApplication::processEvents();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
     EXPECT_EQ(pressOn(2), 1);
+    EXPECT_EQ(isOver(2), window().windowHandle());
+    EXPECT_TRUE(dynamic_cast<FigureWindowView&>(*figureList().find(2)->view()).window()->isVisible());
 }
 
 TEST_F(ConsoleWindowTest, ofTheKeysThatAFigureGetsLaterABoxStopsTheRest) {
