@@ -38,7 +38,8 @@ std::vector<std::string> candidateRows(const std::vector<std::string>& words, in
     const std::size_t shown = std::min(words.size(), mostWords);
     std::size_t width = 1;
     for (std::size_t i = 0; i < shown; ++i) width = std::max(width, words[i].size() + 2);
-    const std::size_t perRow = std::max<std::size_t>(1, static_cast<std::size_t>(std::max(columns, 0)) / width);
+    const std::size_t perRow =
+        std::max<std::size_t>(1, static_cast<std::size_t>(std::max(columns, 0)) / width);
     std::vector<std::string> rows;
     for (std::size_t i = 0; i < shown; ++i) {
         if (i % perRow == 0)
