@@ -138,6 +138,40 @@ class Console(desktop_harness.DesktopTest):
         self.desktop.keys('alt+f', 'x')
         self.assertEqual(self.desktop.wait_for_end(self.program), 0)
 
+    def test_the_keyboard_comes_back_from_the_menus(self):
+        self.start()
+        for number, keys in enumerate((['alt+h', 'Escape', 'Escape'], ['Alt_L', 'alt+h', 'Escape', 'Escape'],
+                                       ['Alt_L', 'alt+h', 'alt+v', 'Escape', 'Escape'], ['Alt_L', 'Alt_L'],
+                                       ['Alt_L', 'alt+v', 'Alt_L', 'Escape'], ['F6', 'alt+h', 'Escape', 'Escape'])):
+            for key in keys:
+                self.desktop.keys(key)
+            self.desktop.type('1;\n')
+            self.until_row(number + 1, GREEN, 'the prompt behind a line typed after ' + ', '.join(keys))
+
+    def test_a_folder_is_typed_into_its_box(self):
+        first, second = (os.path.join(self.desktop.home, 'w', name) for name in ('alpha', 'beta'))
+        os.makedirs(first)
+        os.makedirs(second)
+        self.start()
+        self.desktop.type('cd "%s"\n' % first)
+        self.until_row(2, GREEN, 'the next prompt')
+        self.desktop.type('cd ?\n')
+        box = self.desktop.window('cd ...')
+        self.desktop.until(lambda: self.desktop.has_focus(box), 'the keyboard in the box')
+        _, _, width, height = self.desktop.geometry(box)
+        below = (0, height - 35, width // 2, height)
+        before = self.desktop.picture(box, below)
+        self.desktop.type(second)
+        self.desktop.until(lambda: self.desktop.picture(box, below) != before, 'the list of what fits')
+        self.desktop.keys('Return')
+        self.desktop.no_window('cd ...')
+        self.desktop.focus(self.window)
+        self.desktop.type('w=cd("");\n')
+        self.until_row(5, GREEN, 'the prompt behind the new folder')
+        self.desktop.close_window(self.window)
+        self.desktop.wait_for_end(self.program)
+        self.assertEqual(self.value_of('w'), second)
+
     def test_a_run_is_watched_and_ended(self):
         self.start()
         self.desktop.type('k=0; while 1 { k=k+1; }\n')
@@ -176,6 +210,21 @@ class Console(desktop_harness.DesktopTest):
         self.desktop.tool('xdotool', 'windowkill', str(self.window))
         self.desktop.wait_for_end(self.program)
         self.assertEqual(self.value_of('v'), '9')
+
+    def test_a_question_at_the_end_loses_nothing(self):
+        def lose_display(box):
+            self.desktop.tool('xdotool', 'windowkill', str(box))
+        for number, end in enumerate((lambda box: self.program.send_signal(signal.SIGTERM), lose_display,
+                                      lambda box: self.desktop.keys('Return'))):
+            self.start()
+            self.desktop.type('v=%d; big=zeros(100,101);\n' % number)
+            self.until_row(1, GREEN, 'the prompt')
+            self.desktop.close_window(self.window)
+            box = self.desktop.window('vorpen exit')
+            self.desktop.until(lambda: self.desktop.has_focus(box), 'the keyboard in the box')
+            end(box)
+            self.desktop.wait_for_end(self.program)
+            self.assertEqual(self.value_of('v'), str(number))
 
     def test_a_script_runs_and_the_window_stays(self):
         folder = os.path.join(self.desktop.home, 'a folder')

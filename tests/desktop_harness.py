@@ -42,7 +42,7 @@ PROGRAM = None
 # Generous, since the machine may be busy; what comes is met at once.
 SECONDS = 30
 TOOLS = {'Xvfb': 'xvfb', 'openbox': 'openbox', 'xdotool': 'xdotool', 'import': 'imagemagick', 'xclip': 'xclip',
-         'xwininfo': 'x11-utils'}
+         'xwininfo': 'x11-utils', 'xkbcomp': 'x11-xkb-utils'}
 
 
 def die_with_parent():
@@ -350,6 +350,21 @@ class Desktop:
     def keys(self, *names):
         """Presses keys by name: "Return", "Up", "ctrl+c", "shift+Home", "F1"."""
         self.tool('xdotool', 'key', '--delay', '1', '--', *names)
+
+    def add_keys(self, *names):
+        """Puts characters onto keys that have none.
+
+        xdotool puts what the keyboard lacks onto a key for as long as it types it. At each
+        such change the window manager binds all of its keys anew, and a click meanwhile waits
+        for that, with all that comes after it.
+        """
+        display = self.variables['DISPLAY']
+        keymap = self.tool('xkbcomp', display, '-')
+        symbols = keymap.index('{', keymap.index('xkb_symbols')) + 1
+        taken = set(re.findall(r'key\s+(<\w+>)', keymap[symbols:]))
+        unused = [key for key in re.findall(r'(<I\d+>) = ', keymap) if key not in taken]
+        added = ''.join('\nkey %s { [ %s ] };' % pair for pair in zip(unused, names))
+        self.tool('xkbcomp', '-w0', '-', display, input=(keymap[:symbols] + added + keymap[symbols:]).encode())
 
     def move(self, x, y, window=None):
         where = ['--window', str(window)] if window else []

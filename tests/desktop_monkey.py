@@ -63,11 +63,11 @@ end
 LINES = ['1/3', 'x=1:5', 'plot(x,x^2)', 'fplot(sin(x);x,[0,9])', 'stops(2)', 'for i=1:2000000 { s=i; }', 'scene()',
          'pause(200)', '?sin', '1+', 'rnd(3)', "'abc'", 'getmouse', 'close(1)', 'figure(2)', 'subplot(2,2,1)', 'help',
          'L=list(1,2)', 'getclick(1)', 'x=getline("a")', 'axis(0,1,0,1)', 'wipe', 'replot', 'text(1,1,"a")', '']
-# Nothing that opens the box of folders, in which files can be removed.
 KEYS = ['Return', 'Up', 'Down', 'Left', 'Right', 'Home', 'End', 'Prior', 'Next', 'Tab', 'BackSpace', 'Escape', 'Insert',
-        'F1', 'F2', 'F3', 'F5', 'F9', 'ctrl+c', 'ctrl+v', 'ctrl+space', 'ctrl+plus', 'ctrl+minus', 'alt+v', 'alt+h',
-        'shift+Tab', 'space', 'a', 'parenleft', 'bracketright', 'less', 'greater', 'quotedbl',
+        'F1', 'F2', 'F3', 'F5', 'F6', 'F9', 'ctrl+c', 'ctrl+v', 'ctrl+space', 'ctrl+plus', 'ctrl+minus', 'alt+f', 'alt+r',
+        'alt+v', 'alt+h', 'Alt_L', 'shift+Tab', 'space', 'a', 'parenleft', 'bracketright', 'less', 'greater', 'quotedbl',
         'braceleft', 'backslash', 'Pause', 'Menu', 'ctrl+Return', 'shift+Home', 'ctrl+a', 'ctrl+d', 'KP_Enter', 'KP_5']
+FOREIGN_KEYS = ['EuroSign', 'ediaeresis', 'Greek_alpha', 'udiaeresis', 'ssharp', 'dead_acute', 'Hiragana']
 
 
 class Monkey(program_on_desktop.ProgramTest):
@@ -75,6 +75,8 @@ class Monkey(program_on_desktop.ProgramTest):
         super().setUp()
         with open(os.path.join(self.desktop.home, 'monkey.vrp'), 'w') as script:
             script.write(SCRIPT)
+
+        self.desktop.add_keys(*FOREIGN_KEYS)
 
     def begin(self):
         self.start()
@@ -114,18 +116,31 @@ class Monkey(program_on_desktop.ProgramTest):
             return move
         if kind == 6:
             return ['key', 'Escape', 'type', '--delay', '0', self.random.choice(LINES) + '\n']
-        return ['key', '--delay', '1'] + [self.random.choice(KEYS) for _ in range(5)]
+        return ['key', '--delay', '1'] + [self.random.choice(KEYS + FOREIGN_KEYS) for _ in range(5)]
+
+    def was_cleared(self):
+        """Whether the menu's "Reset" was among what it did."""
+        with open(os.path.join(self.folder, 'vorpen_comm.bin'), 'rb') as history:
+            return b'clear reset' in history.read()
 
     def settle(self):
         """Ends whatever waits, so that the console answers."""
+        times_at_rest = 0
+
         def rest():
+            nonlocal times_at_rest
             for title in self.desktop.titles():
                 if title not in ('Vorpen 5a', 'secondary Vorpen') and not title.startswith(('Figure', 'Vorpen 5a - busy')):
                     for window in self.desktop.search(title):
                         self.desktop.tool('xdotool', 'windowactivate', str(window), 'key', 'Escape', check=False)
+            # A box without a title is met where the keyboard is. A button is held
+            # down still where the window of a drag went away.
+            self.desktop.tool('xdotool', 'mouseup', '1', 'key', 'Escape', check=False)
             self.desktop.tool('xdotool', 'windowactivate', str(self.window), 'key', 'Escape', 'Pause', check=False)
             is_idle = self.desktop.title(self.window) == self.TITLE and self.desktop.has_focus(self.window)
-            return is_idle or self.program.poll() is not None
+            # A window that something opened may still be on its way.
+            times_at_rest = times_at_rest + 1 if is_idle else 0
+            return times_at_rest > 1 or self.program.poll() is not None
         self.desktop.until(rest, 'a console at rest', may_end=True)
 
     def test_whatever_comes(self):
@@ -142,11 +157,12 @@ class Monkey(program_on_desktop.ProgramTest):
             # It ends only when it is told to.
             if self.program.poll() is not None:
                 self.assertEqual(self.program.returncode, 0, 'seed %d, round %d' % (SEED, number))
-                self.assertEqual(self.value_of('kept'), '4242')
+                self.assertTrue(self.value_of('kept') == '4242' or self.was_cleared())
                 self.begin()
         self.settle()
         self.desktop.focus(self.window)
         self.desktop.keys('Pause', 'Escape')
+        self.type('kept=4242')
         self.assertEqual(self.tell('kept'), '4242', 'seed %d, rounds %d' % (SEED, ROUNDS))
         self.assertEqual(self.end(), 0)
         self.assertEqual(self.value_of('kept'), '4242')

@@ -354,6 +354,20 @@ void GuiClass::paste(std::string_view text) {
     redrawLine();
 }
 
+void GuiClass::completeLine() {
+    if (!completer_ || !editorIsOpen() || isReading()) return;
+    const std::vector<std::string> candidates = complete(line_, completer_);
+    if (!candidates.empty()) {
+        // What marks a row as verbatim counts when it is printed.
+        constexpr int markColumns = 2;
+        for (const std::string& row : candidateRows(candidates, text_.wrapWidth() - markColumns))
+            text_.print(row, true, PrintMode::verbatim);
+        showEnd();
+        redrawPrompt();
+    }
+    redrawLine();
+}
+
 // ---- commands
 
 void GuiClass::command(int id) {

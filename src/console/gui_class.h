@@ -24,6 +24,7 @@
 #include <utility>
 
 #include "base/host.h"
+#include "console/candidates.h"
 #include "console/command_line.h"
 #include "console/console_commands.h"
 #include "console/console_layout.h"
@@ -92,6 +93,8 @@ public:
     GuiClass(const GuiClass&) = delete;
     GuiClass& operator=(const GuiClass&) = delete;
 
+    void setCompleter(Completer completer) { completer_ = std::move(completer); }
+
     // ---- What the window hears.
 
     /// The size of the client area.
@@ -108,6 +111,8 @@ public:
     void onWheel(int lines);
     /// The number of a command from a menu, a key, a button or `post`.
     void command(int id);
+    /// Completes the word before the caret; of several the choice is printed.
+    void completeLine();
     /// A directory was chosen in the box.
     void chooseDirectory(const std::string& directory);
 
@@ -193,6 +198,7 @@ private:
     Host& host_;
     const ConsoleTurns& turns_;
     InputRunner runInput_;
+    Completer completer_;
     CommandLine line_;
     ScrollState scroll_;
     ConsoleSelection selection_;

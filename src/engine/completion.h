@@ -6,19 +6,13 @@
 // there are.
 
 #include <cstddef>
-#include <string>
 #include <string_view>
-#include <vector>
+
+#include "console/candidates.h"
 
 namespace vorpen {
 
 class Calc;
-
-/// What may stand in place of the text from `start` to the caret, sorted.
-struct Completion {
-    std::size_t start = 0;
-    std::vector<std::string> candidates;
-};
 
 /// Reads the line up to the caret. Never fails; a directory that cannot be
 /// read has no paths.

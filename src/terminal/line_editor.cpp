@@ -40,32 +40,6 @@ bool terminalFolds() {
     return !holds("XTERM_VERSION", "") && !holds("TERM", "screen") && !holds("TERM", "linux");
 }
 
-std::string commonPrefix(const std::vector<std::string>& words) {
-    std::string prefix = words.front();
-    for (const std::string& word : words) {
-        const auto differs = std::mismatch(prefix.begin(), prefix.end(), word.begin(), word.end());
-        prefix.erase(differs.first, prefix.end());
-    }
-    return prefix;
-}
-
-/// Words in columns of equal width, filled row by row.
-std::string inColumns(const std::vector<std::string>& words, int columns) {
-    constexpr std::size_t mostWords = 200;
-    const std::size_t shown = std::min(words.size(), mostWords);
-    std::size_t width = 0;
-    for (std::size_t i = 0; i < shown; ++i) width = std::max(width, words[i].size() + 2);
-    const std::size_t perRow = std::max<std::size_t>(1, static_cast<std::size_t>(columns) / width);
-    std::string text;
-    for (std::size_t i = 0; i < shown; ++i) {
-        const bool isLast = i + 1 == shown || (i + 1) % perRow == 0;
-        text += words[i];
-        text += isLast ? "\n" : std::string(width - words[i].size(), ' ');
-    }
-    if (shown < words.size()) text += "(" + std::to_string(words.size() - shown) + " more)\n";
-    return text;
-}
-
 /// While it lives, a change of the terminal's size and the end of a stop end
 /// the wait for keys, and only there.
 class SizeEndsWait {
@@ -144,7 +118,7 @@ std::optional<LineEditor::End> LineEditor::takeKeys() {
 std::optional<LineEditor::End> LineEditor::takeKey(const TerminalKey& key) {
     if (key.kind == TerminalKey::Kind::paste) return takePaste(key);
     if (completes(key)) {
-        complete();
+        completeLine();
         return std::nullopt;
     }
     if (key.control && key.message == KeyKind::character) {
@@ -198,22 +172,13 @@ bool LineEditor::completes(const TerminalKey& key) const {
     return key.code == '\t' && caret > 0 && isNamePart(line_.line()[caret - 1]) && !decoder_.isUnfinished();
 }
 
-void LineEditor::complete() {
-    const auto caret = static_cast<std::size_t>(line_.caret());
-    const Completion found = completer_(line_.line(), caret);
-    if (found.candidates.empty()) return;
-    const std::string text = commonPrefix(found.candidates);
-    const std::size_t typed = caret - found.start;
-    if (text.size() > typed)
-        line_.paste(std::string_view(text).substr(typed));
-    else if (found.candidates.size() > 1)
-        listCandidates(found.candidates);
-}
-
-void LineEditor::listCandidates(const std::vector<std::string>& candidates) {
+void LineEditor::completeLine() {
+    const std::vector<std::string> candidates = complete(line_, completer_);
+    if (candidates.empty()) return;
     row_.erase();
-    std::string text = toUtf8(inColumns(candidates, columns_));
-    output_.write(text);
+    std::string text;
+    for (const std::string& row : candidateRows(candidates, columns_)) text += row + "\n";
+    output_.write(toUtf8(text));
 }
 
 // ---- the screen

@@ -13,8 +13,8 @@
 #include <string_view>
 #include <vector>
 
+#include "console/candidates.h"
 #include "console/command_line.h"
-#include "engine/completion.h"
 #include "terminal/edit_row.h"
 #include "terminal/key_decoder.h"
 #include "terminal/text_input.h"
@@ -29,7 +29,6 @@ public:
         dropped,  ///< Control+C
         input,    ///< there is no more input
     };
-    using Completer = std::function<Completion(std::string_view line, std::size_t caret)>;
 
     LineEditor(TextInput& input, TextOutput& output, CommandLine& line, ColourDepth colours)
         : input_(input), output_(output), line_(line), row_(output, colours) {}
@@ -48,8 +47,7 @@ private:
     std::optional<End> takePaste(const TerminalKey& key);
     void finishRow();
     bool completes(const TerminalKey& key) const;
-    void complete();
-    void listCandidates(const std::vector<std::string>& candidates);
+    void completeLine();
     void clearScreen();
     void stop();
     void noteSize();

@@ -8,6 +8,7 @@
 
 #include "base/encoding.h"
 #include "base/interrupt.h"
+#include "engine/completion.h"
 #include "terminal/terminal_mode.h"
 
 namespace vorpen {

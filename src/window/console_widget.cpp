@@ -99,6 +99,8 @@ void ConsoleWidget::makeStrip() {
         if (console_) console_->setFocus();
     });
     QObject::connect(directories_, &QComboBox::activated, this, [this](int index) {
+        // It shows the new one when that has become the current one.
+        directories_->setCurrentIndex(currentDirectory_);
         console_->chooseDirectory(fromQString(directories_->itemData(index).toString()));
     });
 
@@ -146,6 +148,7 @@ void ConsoleWidget::showDirectories(const std::vector<std::string>& recent, cons
         directories_->setItemData(directories_->count() - 1, shown, Qt::ToolTipRole);
         if (path == current) directories_->setCurrentIndex(directories_->count() - 1);
     }
+    currentDirectory_ = directories_->currentIndex();
     directories_->setToolTip(toQString(current));
 }
 
@@ -309,6 +312,9 @@ bool ConsoleWidget::keyOfWindow(QKeyEvent* event) {
         case Qt::Key_PageUp: scrollTo(state.position - std::max(state.rows - 1, 1)); return true;
         case Qt::Key_PageDown: scrollTo(state.position + std::max(state.rows - 1, 1)); return true;
         case Qt::Key_F6: directories_->showPopup(); return true;
+        case Qt::Key_Space:
+            if (control) console_->completeLine();
+            return control;
         case Qt::Key_Insert:
             if (control) console_->command(COMMAND_COPY);
             if (event->modifiers() & Qt::ShiftModifier) console_->command(COMMAND_PASTE);

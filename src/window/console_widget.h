@@ -108,6 +108,7 @@ private:
     bool caretIsLit_ = true;
     QTimer blinking_;
     DirectoryBox* directories_ = nullptr;
+    int currentDirectory_ = -1;  ///< its place in the box
     QPushButton* exec_ = nullptr;
     QPushButton* again_ = nullptr;
     QScrollBar* scrollBar_ = nullptr;

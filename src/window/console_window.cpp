@@ -3,15 +3,17 @@
 
 #include <QtGui/QCloseEvent>
 #include <QtWidgets/QApplication>
-#include <QtWidgets/QMenuBar>
+#include <QtWidgets/QMenu>
 
 #include "base/interrupt.h"
 #include "console/console_commands.h"
+#include "engine/completion.h"
 #include "engine/launch.h"
 #include "eval/run_state.h"
 #include "window/about_dialog.h"
 #include "window/desktop.h"
 #include "window/encoding.h"
+#include "window/menu_bar.h"
 
 namespace vorpen {
 namespace {
@@ -55,6 +57,8 @@ void ConsoleWindow::joinEngine(Calc& calc) {
     console_ =
         std::make_unique<GuiClass>(calc.console(), calc.history(), *client_, host_, desktop_.turns(),
                                    [this](const std::string& line, char mode) { runInput(line, mode); });
+    console_->setCompleter(
+        [&calc](std::string_view line, std::size_t caret) { return completionAt(calc, line, caret); });
     client_->setConsole(console_.get());
     calc.events().setTypist([this](std::string_view text) { console_->typeText(text); });
     calc.events().setRunner([this](const std::function<void()>& call) { runForEvent(call); });
@@ -74,7 +78,7 @@ ConsoleWindow::~ConsoleWindow() {
 QString ConsoleWindow::plainTitle() const { return isSecondary_ ? "secondary Vorpen" : "Vorpen 5a"; }
 
 void ConsoleWindow::makeMenus() {
-    menuBar()->setNativeMenuBar(false);
+    setMenuBar(new MenuBar(this, *client_));
     QMenu* menu = nullptr;
     std::string_view heading;
     for (const MenuRow& row : consoleMenu()) {

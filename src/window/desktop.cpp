@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <QtCore/QSocketNotifier>
+#include <QtGui/QWindow>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMenu>
 #include <QtWidgets/QMenuBar>
@@ -20,6 +21,19 @@
 
 namespace vorpen {
 namespace {
+
+/// What was pressed before a box opened and is let go now is not held down for
+/// ever.
+bool isRelease(const QEvent& event) {
+    return event.type() == QEvent::KeyRelease || event.type() == QEvent::MouseButtonRelease;
+}
+
+/// An open box keeps all else away from a window; also what was done just
+/// before, or each key of a word would open a box of its own.
+bool isBlocked(const QWidget& widget) {
+    const QWidget* box = QApplication::activeModalWidget();
+    return box && widget.window() != box;
+}
 
 constexpr int endingSignals[] = {SIGTERM, SIGHUP, SIGINT};
 
@@ -61,15 +75,17 @@ Desktop::Desktop(std::optional<std::string> home) : home_(std::move(home)) {
     [[maybe_unused]] static const bool registered = std::atexit([] { saveNow(); }) == 0;
 }
 
+/// The primary engine goes last, as it came first, and saves by itself. It may
+/// ask before it does, and be ended from outside then like any other wait.
 Desktop::~Desktop() {
+    alarm(0);
+    while (consoles_.size() > 1) consoles_.pop_back();
+    consoles_.clear();
+    engineToSave = nullptr;
     alarm(0);
     for (const int signal : endingSignals) std::signal(signal, SIG_DFL);
     signals_.reset();
     setService(nullptr);
-    // The primary engine goes last, as it came first, and saves by itself.
-    while (consoles_.size() > 1) consoles_.pop_back();
-    engineToSave = nullptr;
-    consoles_.clear();
     theDesktop = nullptr;
 }
 
@@ -174,10 +190,13 @@ void Desktop::keep(QWidget& target, const QEvent& event) {
 void Desktop::giveKeptEvents() {
     for (KeptEvent& kept : std::exchange(kept_, {})) {
         if (!kept.target) continue;
-        if (kept.event->type() == QEvent::Close)
-            QMetaObject::invokeMethod(kept.target, [window = kept.target] { window->close(); }, Qt::QueuedConnection);
-        else
-            QCoreApplication::postEvent(kept.target, kept.event.release());
+        const auto give = [target = kept.target, event = std::shared_ptr<QEvent>(std::move(kept.event))] {
+            if (event->type() == QEvent::Close)
+                target->close();
+            else if (isRelease(*event) || !isBlocked(*target))
+                QCoreApplication::sendEvent(target, event.get());
+        };
+        QMetaObject::invokeMethod(kept.target, give, Qt::QueuedConnection);
     }
 }
 
@@ -217,12 +236,26 @@ bool Desktop::eventFilter(QObject* target, QEvent* event) {
 
 // ---- the end
 
+/// Figures stay when their console goes; from then on they lie over the primary
+/// one. A window system is told so when a window is shown.
+void Desktop::handOverFigures(const ConsoleWindow& console) {
+    QWindow* const primary = consoles_.front()->windowHandle();
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (!dynamic_cast<FigureWindow*>(window) || !window->isVisible()) continue;
+        if (window->windowHandle()->transientParent() != console.windowHandle()) continue;
+        window->windowHandle()->setTransientParent(primary);
+        window->hide();
+        window->show();
+    }
+}
+
 void Desktop::closed(ConsoleWindow& console) {
     if (!console.isSecondary()) {
         for (const auto& other : consoles_) other->hide();
         QCoreApplication::quit();
         return;
     }
+    handOverFigures(console);
     // Not from within an event of its own.
     QMetaObject::invokeMethod(
         this,

@@ -85,6 +85,7 @@ private:
     };
 
     void listenToSignals();
+    void handOverFigures(const ConsoleWindow& console);
     void afterRun();
     void keep(QWidget& target, const QEvent& event);
     /// Gives kept events to the window system again, in their order.

@@ -43,11 +43,20 @@ QtFigureDesktop::~QtFigureDesktop() {
     figureList().setDesktop(nullptr);
 }
 
+/// A figure of a secondary console lies over that one, and stays when it goes.
+void QtFigureDesktop::putOverConsole(QWidget& figure) const {
+    const QWidget* const over = placer_ ? placer_() : nullptr;
+    if (over == nullptr || over == console_ || over->windowHandle() == nullptr) return;
+    figure.winId();
+    figure.windowHandle()->setTransientParent(over->windowHandle());
+}
+
 std::unique_ptr<FigureView> QtFigureDesktop::openWindow(Figure& figure, const std::string& title) {
     if (qobject_cast<QApplication*>(QCoreApplication::instance()) == nullptr) return nullptr;
     try {
         auto view = std::make_unique<FigureWindowView>(figure, toQString(title), console_);
         if (opener_) view->window()->setEngine(opener_());
+        putOverConsole(*view->window());
         view->window()->show();
         waitUntilVisible(view->window());
         return view;

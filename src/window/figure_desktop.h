@@ -20,8 +20,10 @@ public:
     QtFigureDesktop(const QtFigureDesktop&) = delete;
     QtFigureDesktop& operator=(const QtFigureDesktop&) = delete;
 
-    /// The window of the console, over which figures open.
+    /// The window of the primary console, with which figures go.
     void setConsole(QWidget* console) { console_ = console; }
+    /// Who tells over which console a figure opens; null for the primary one.
+    void setPlacer(std::function<QWidget*()> placer) { placer_ = std::move(placer); }
     /// Who tells, when a figure opens, how to make the engine that opens it the
     /// current one again.
     void setOpener(std::function<std::function<void()>()> opener) { opener_ = std::move(opener); }
@@ -32,7 +34,10 @@ public:
     [[nodiscard]] PixelRect consolePlace() const override;
 
 private:
+    void putOverConsole(QWidget& figure) const;
+
     QPointer<QWidget> console_;
+    std::function<QWidget*()> placer_;
     std::function<std::function<void()>()> opener_;
 };
 

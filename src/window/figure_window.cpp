@@ -7,7 +7,7 @@
 #include <QtGui/QScreen>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QLineEdit>
-#include <QtWidgets/QMenuBar>
+#include <QtWidgets/QMenu>
 #include <algorithm>
 #include <utility>
 
@@ -17,6 +17,7 @@
 #include "plot/interaction.h"
 #include "window/encoding.h"
 #include "window/figure_keys.h"
+#include "window/menu_bar.h"
 
 namespace vorpen {
 namespace {
@@ -180,8 +181,7 @@ void FigureWindow::setMenus(const std::vector<Menu>& menus) {
         menus_ = nullptr;
     }
     if (!menus.empty()) {
-        menus_ = new QMenuBar(this);
-        menus_->setNativeMenuBar(false);
+        menus_ = new MenuBar(this, *canvas_);
         for (const Menu& menu : menus) {
             QMenu* const shown = menus_->addMenu(toQString(menu.heading));
             for (const MenuItem& item : menu.items) {

@@ -88,6 +88,7 @@ int run(int count, char** words) {
     Desktop desktop;
     QtFigureDesktop figures;
     figures.setOpener([&desktop] { return desktop.returnToRun(); });
+    figures.setPlacer([&desktop] { return desktop.runningConsole(); });
     ConsoleWindow* const window = desktop.openConsole();
     if (!window) return EXIT_FAILURE;
     figures.setConsole(window);

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "window/window_host.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QMimeData>
 #include <QtGui/QClipboard>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QFileDialog>
+#include <QtWidgets/QLineEdit>
 #include <QtWidgets/QMessageBox>
 
 #include "base/interrupt.h"
@@ -23,6 +25,16 @@ constexpr std::size_t longestMessage = 4000;
 QString messageText(std::string_view text) {
     const bool isLong = text.size() > longestMessage;
     return toQString(text.substr(0, longestMessage)) + (isLong ? QString(QChar(0x2026)) : QString());
+}
+
+/// The box of the window library still counts folders as selected that a path
+/// went through while it was typed; then the path is what is meant.
+QString chosenFolder(const QFileDialog& box) {
+    if (const auto* field = box.findChild<QLineEdit*>("fileNameEdit")) {
+        const QString typed = QDir::cleanPath(box.directory().absoluteFilePath(field->text()));
+        if (!field->text().isEmpty() && QFileInfo(typed).isDir()) return typed;
+    }
+    return box.selectedFiles().value(0);
 }
 
 }  // namespace
@@ -64,9 +76,13 @@ void WindowHost::setClipboardText(std::string_view text) {
 }
 
 std::optional<std::string> WindowHost::chooseFolder(std::string_view title, std::string_view start) {
-    const QString chosen = QFileDialog::getExistingDirectory(owner(), toQString(title), toQString(start));
-    if (chosen.isEmpty() || window_.desktop().isLeaving()) return std::nullopt;
-    return fromQString(chosen);
+    QFileDialog box(owner(), toQString(title), toQString(start));
+    box.setFileMode(QFileDialog::Directory);
+    // Who looks for a folder shall not remove one by a slip of the hand.
+    box.setOptions(QFileDialog::ShowDirsOnly | QFileDialog::ReadOnly);
+    if (box.exec() != QDialog::Accepted || window_.desktop().isLeaving()) return std::nullopt;
+    const QString chosen = chosenFolder(box);
+    return chosen.isEmpty() ? std::nullopt : std::optional(fromQString(chosen));
 }
 
 void WindowHost::pumpEvents() {

@@ -780,5 +780,62 @@ TEST_F(GuiClassTest, aProgramReadsACharacter) {
     EXPECT_EQ(view.interrupts, 0);
 }
 
+// ---- completion
+
+TEST_F(GuiClassTest, aWordIsCompletedAsFarAsItIsSure) {
+    std::vector<std::pair<std::string, std::size_t>> asked;
+    gui.setCompleter([&](std::string_view line, std::size_t caret) -> Completion {
+        asked.emplace_back(line, caret);
+        return {2, {"alpha", "alphabet"}};
+    });
+    type("2*al+1");
+    for (int i = 0; i < 2; ++i) gui.onKey(KeyKind::down, keyLeft);
+    gui.completeLine();
+    EXPECT_EQ(asked.back(), (std::pair<std::string, std::size_t>("2*al+1", 4)));
+    EXPECT_EQ(gui.line().line(), "2*alpha+1");
+    EXPECT_EQ(gui.line().caret(), 7);
+    EXPECT_EQ(text.currentLine(), 0);
+    // Then there is a choice, which is shown above the line.
+    gui.completeLine();
+    EXPECT_EQ(view.shown(), (Strings{"alpha     alphabet"}));
+    EXPECT_EQ(gui.line().line(), "2*alpha+1");
+    EXPECT_EQ(view.inputLine(), "1>2*alpha+1 ");
+    EXPECT_TRUE(view.caret);
+    // The former lines begin with what stands there now.
+    EXPECT_NE(gui.line().lastKey(), keyUp);
+}
+
+TEST_F(GuiClassTest, nothingIsCompletedWhereNothingFitsOrSomethingRuns) {
+    gui.completeLine();
+    int asked = 0;
+    gui.setCompleter([&](std::string_view, std::size_t) -> Completion {
+        ++asked;
+        return {};
+    });
+    type("x");
+    gui.completeLine();
+    EXPECT_EQ(asked, 1);
+    EXPECT_EQ(gui.line().line(), "x");
+    during = [&](const std::string&) {
+        gui.completeLine();
+        gui.readLine([&] {
+            gui.completeLine();
+            return false;
+        });
+    };
+    enter("");
+    EXPECT_EQ(asked, 1);
+    EXPECT_EQ(text.currentLine(), 1);
+}
+
+TEST(Candidates, standInColumns) {
+    EXPECT_EQ(candidateRows({"a", "bbb", "cc", "d"}, 10), (Strings{"a    bbb", "cc   d"}));
+    EXPECT_EQ(candidateRows({"long", "longer"}, 3), (Strings{"long", "longer"}));
+    EXPECT_EQ(candidateRows({}, 10), Strings{});
+    const Strings many = candidateRows(Strings(250, "x"), 0);
+    EXPECT_EQ(many.size(), 201u);
+    EXPECT_EQ(many.back(), "(50 more)");
+}
+
 }  // namespace
 }  // namespace vorpen

@@ -2,8 +2,10 @@
 #include "window/console_window.h"
 
 #include <QtGui/QClipboard>
+#include <QtGui/QWindow>
 #include <QtWidgets/QAbstractButton>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QFileDialog>
 #include <QtWidgets/QMenuBar>
 #include <QtWidgets/QMessageBox>
 #include <filesystem>
@@ -243,6 +245,21 @@ TEST_F(ConsoleWindowTest, keysEdit) {
     EXPECT_EQ(typed(), "(b+c)");
 }
 
+TEST_F(ConsoleWindowTest, namesAreCompleted) {
+    run("marginOfError=1;");
+    run("marginOfSafety=2;");
+    type("3*marg");
+    press(Qt::Key_Space, Qt::ControlModifier, QString(QChar(0)));
+    EXPECT_EQ(typed(), "3*marginOf");
+    press(Qt::Key_Space, Qt::ControlModifier, " ");
+    EXPECT_EQ(lastLine(), "marginOfError   marginOfSafety");
+    EXPECT_EQ(typed(), "3*marginOf");
+    type("S");
+    press(Qt::Key_Space, Qt::ControlModifier);
+    run("");
+    EXPECT_EQ(lastLine(), "6");
+}
+
 TEST_F(ConsoleWindowTest, composedTextIsTyped) {
     QInputMethodEvent event;
     event.setCommitString(QString::fromUtf8("µé"));
@@ -428,19 +445,45 @@ TEST_F(ConsoleWindowTest, menusRunTheirCommands) {
     EXPECT_EQ(QGuiApplication::clipboard()->text(), "");
 }
 
+TEST_F(ConsoleWindowTest, aMenuBarWithoutAnOpenMenuKeepsNoKeys) {
+    QMenuBar* bar = window().menuBar();
+    bar->setFocus();
+    ASSERT_EQ(window().focusWidget(), bar);
+    typeInto(bar, "2*");
+    EXPECT_EQ(window().focusWidget(), &client());
+    type("21\n");
+    QApplication::processEvents();
+    EXPECT_EQ(lastLine(), "42");
+    // A menu in use has them.
+    bar->setFocus();
+    bar->setActiveAction(bar->actions().front());
+    bar->actions().front()->menu()->close();
+    bar->setActiveAction(bar->actions().front());
+    press(Qt::Key_Right, Qt::NoModifier, {}, bar);
+    EXPECT_EQ(bar->activeAction(), bar->actions()[1]);
+    press(Qt::Key_Escape, Qt::NoModifier, "\x1b", bar);
+    EXPECT_EQ(bar->activeAction(), nullptr);
+    EXPECT_EQ(window().focusWidget(), &client());
+}
+
 TEST_F(ConsoleWindowTest, foldersAreChosenFromThreeItems) {
     for (const int id : {COMMAND_RESTORE, COMMAND_SAVE, COMMAND_CHOOSE_FOLDER}) {
         QString title;
+        bool canRemoveFolders = true;
         later(
             [&] {
-                title = QApplication::activeModalWidget()->windowTitle();
-                QApplication::activeModalWidget()->close();
+                auto* box = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+                ASSERT_NE(box, nullptr);
+                title = box->windowTitle();
+                canRemoveFolders = !box->testOption(QFileDialog::ReadOnly);
+                box->close();
             },
             300);
         choose(id);
         EXPECT_NE(lines().end()[-2].find("> cd ?"), std::string::npos) << id;
         EXPECT_EQ(lastLine(), window().calc().paths().current()) << "nothing was chosen";
         EXPECT_EQ(title, "cd ...");
+        EXPECT_FALSE(canRemoveFolders);
     }
 }
 
@@ -584,6 +627,15 @@ TEST_F(ConsoleWindowTest, theDirectoryBoxFollowsAndLeads) {
     QApplication::processEvents();
     EXPECT_EQ(window().calc().paths().current(), folder.string());
     EXPECT_EQ(lastLine(), folder.string());
+    // What cannot be had is not shown as if it were.
+    fs::remove(inside);
+    const int gone = box.findData(toQString(inside.string()));
+    ASSERT_GE(gone, 0);
+    box.setCurrentIndex(gone);
+    emit box.activated(gone);
+    QApplication::processEvents();
+    EXPECT_NE(lastLine(), folder.string());
+    EXPECT_EQ(box.currentData().toString().toStdString(), folder.string());
 }
 
 // ---- a running program and the user
@@ -724,6 +776,20 @@ TEST_F(ConsoleWindowTest, largeMatricesAreAskedFor) {
     EXPECT_FALSE(fs::exists(folder / "vorpen_env.bin"));
 }
 
+TEST_F(ConsoleWindowTest, aRequestToEndAnswersTheLastQuestionAndSaves) {
+    run("big=zeros(100,101); v=1;");
+    later([&] { window().close(); });
+    EXPECT_EQ(QApplication::exec(), 0);
+    bool wasAsked = false;
+    QTimer::singleShot(100, [&] {
+        wasAsked = QApplication::activeModalWidget() != nullptr;
+        raise(SIGTERM);
+    });
+    desktop.reset();
+    EXPECT_TRUE(wasAsked);
+    EXPECT_TRUE(fs::exists(folder / "vorpen_env.bin"));
+}
+
 // ---- two consoles
 
 TEST_F(ConsoleWindowTest, aSecondConsoleIsIndependent) {
@@ -802,6 +868,7 @@ TEST_F(ConsoleWindowTest, aFigureBelongsToTheConsoleThatOpenedIt) {
     QtFigureDesktop figures;
     figures.setConsole(&window());
     figures.setOpener([this] { return desktop->returnToRun(); });
+    figures.setPlacer([this] { return desktop->runningConsole(); });
     const auto pressOn = [](int number) {
         auto& view = dynamic_cast<FigureWindowView&>(*figureList().find(number)->view());
         auto* canvas = view.window()->findChild<QWidget*>("client");
@@ -822,11 +889,54 @@ TEST_F(ConsoleWindowTest, aFigureBelongsToTheConsoleThatOpenedIt) {
     EXPECT_EQ(pressOn(1), 1);
     EXPECT_EQ(pressOn(2), 2);
     EXPECT_EQ(pressOn(1), 1);
+    // It lies over it, too.
+    const auto isOver = [](int number) {
+        auto& view = dynamic_cast<FigureWindowView&>(*figureList().find(number)->view());
+        return view.window()->windowHandle()->transientParent();
+    };
+    EXPECT_EQ(isOver(1), window().windowHandle());
+    EXPECT_EQ(isOver(2), second.windowHandle());
     // Without its console it is one of those that remain.
     second.close();
     QApplication::processEvents();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
     EXPECT_EQ(pressOn(2), 1);
+    EXPECT_EQ(isOver(2), window().windowHandle());
+    EXPECT_TRUE(dynamic_cast<FigureWindowView&>(*figureList().find(2)->view()).window()->isVisible());
+}
+
+TEST_F(ConsoleWindowTest, ofTheKeysThatAFigureGetsLaterABoxStopsTheRest) {
+    QtFigureDesktop figures;
+    figures.setConsole(&window());
+    run("onKeyDown(p) := messageBox('key')");
+    run("figure(1);");
+    auto& view = dynamic_cast<FigureWindowView&>(*figureList().find(1)->view());
+    auto* canvas = view.window()->findChild<QWidget*>("client");
+    const QPointF at(100, 100);
+    const auto press = [&](QEvent::Type type, Qt::MouseButtons held) {
+        QMouseEvent event(type, at, canvas->mapToGlobal(at), Qt::LeftButton, held, Qt::NoModifier);
+        QApplication::sendEvent(canvas, &event);
+    };
+    press(QEvent::MouseButtonPress, Qt::LeftButton);
+    bool wasBusy = false;
+    later(
+        [&] {
+            wasBusy = desktop->turns().isComputing;
+            typeInto(canvas, "abcd");
+            press(QEvent::MouseButtonRelease, Qt::NoButton);
+            menuItem(COMMAND_ABORT)->trigger();
+        },
+        400);
+    int boxes = 0;
+    QTimer answers;
+    QObject::connect(&answers, &QTimer::timeout, [&] { boxes += answerBox(QMessageBox::Ok) != "no box"; });
+    answers.start(100);
+    run("while 1 { }");
+    QApplication::processEvents();
+    EXPECT_TRUE(wasBusy);
+    EXPECT_EQ(boxes, 1);
+    // What was held down is not held for ever.
+    EXPECT_EQ(interaction().mouse[MOUSE_LEFT], 0);
 }
 
 TEST_F(ConsoleWindowTest, closingThePrimaryEndsWhatRunsInTheOther) {
@@ -836,6 +946,21 @@ TEST_F(ConsoleWindowTest, closingThePrimaryEndsWhatRunsInTheOther) {
     later([&] { type("pause(100000)\n"); }, 100);
     later([&] { window().close(); }, 300);
     EXPECT_EQ(QApplication::exec(), 0);
+}
+
+TEST_F(ConsoleWindowTest, theEndOfSeveralRunsLeavesTheLastQuestionOpen) {
+    run("big=zeros(100,101);");
+    choose(COMMAND_LAUNCH);
+    ConsoleWindow& second = *desktop->consoles().back();
+    later([&] { typeInto(&second.client(), "pause(100000)\n"); }, 0);
+    later([&] { type("pause(100000)\n"); }, 100);
+    later([&] { window().close(); }, 300);
+    EXPECT_EQ(QApplication::exec(), 0);
+    QString said;
+    QTimer::singleShot(100, [&] { said = answerBox(QMessageBox::Ok); });
+    desktop.reset();
+    EXPECT_EQ(said, "vorpen exit: Large matrices will not be saved: ok to exit?");
+    EXPECT_TRUE(fs::exists(folder / "vorpen_env.bin"));
 }
 
 }  // namespace
