@@ -142,6 +142,8 @@ PlotableButton* FigureWindow::itemOf(int controlId) const {
 
 bool FigureWindow::event(QEvent* event) {
     if (event->type() == QEvent::WindowActivate) makeCurrent();
+    // The screen may be finer than the one before.
+    if (event->type() == QEvent::ScreenChangeInternal) layOut();
     return QWidget::event(event);
 }
 
@@ -161,8 +163,14 @@ void FigureWindow::layOut() {
     const int above = menus_ ? menus_->heightForWidth(width()) : 0;
     if (menus_) menus_->setGeometry(0, 0, width(), above);
     canvas_->setGeometry(0, above, std::max(width(), 1), std::max(height() - above, 1));
-    if (picture_ == nullptr || picture_->image().size() == canvas_->size()) return;
-    picture_->resize(canvas_->width(), canvas_->height());
+    fitPicture();
+}
+
+void FigureWindow::fitPicture() {
+    const double resolution = canvas_->devicePixelRatioF();
+    if (picture_ == nullptr) return;
+    if (picture_->size() == canvas_->size() && picture_->resolution() == resolution) return;
+    picture_->resize(canvas_->width(), canvas_->height(), resolution);
     // The new picture has to be filled even while painting is held back.
     const bool wasPaused = std::exchange(figure_->paused, false);
     figure_->resized();
@@ -227,7 +235,14 @@ PixelRect FigureWindow::screenPlace() const {
 void FigureWindow::paintCanvas(QPaintEvent& event) {
     QPainter painter(canvas_);
     if (picture_ == nullptr) return painter.fillRect(event.rect(), Qt::white);
-    painter.drawImage(event.rect(), picture_->image(), event.rect());
+    // A screen that has got another resolution is seen here at the latest.
+    if (picture_->resolution() != canvas_->devicePixelRatioF())
+        QMetaObject::invokeMethod(
+            this, [this] { fitPicture(); }, Qt::QueuedConnection);
+    // Dot for dot.
+    const QRect dots = picture_->dotsOf(event.rect());
+    painter.scale(1 / picture_->resolution(), 1 / picture_->resolution());
+    painter.drawImage(dots.topLeft(), picture_->image(), dots);
     if (event.rect().contains(undrawn_)) undrawn_ = {};
 }
 

@@ -74,6 +74,9 @@ private:
     class Canvas;
 
     void layOut();
+    /// Gives the picture the size and the resolution of the client area, and
+    /// draws the figure again if they have changed.
+    void fitPicture();
     void paintCanvas(QPaintEvent& event);
     void mousePressed(const QMouseEvent& event);
     void mouseReleased(const QMouseEvent& event);

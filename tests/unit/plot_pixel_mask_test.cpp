@@ -34,7 +34,7 @@ int countOf(const PixelMask& mask) {
 PixelMask lineOf(const std::vector<Pixel>& points, PenStyle style = PenStyle::Solid, int pen = 1) {
     PixelMask mask;
     mask.reset(area);
-    mask.polyline(points, style, pen);
+    mask.polyline(points, dashLengths(style, pen));
     return mask;
 }
 
@@ -74,8 +74,8 @@ TEST(PixelMask, WhatIsOutsideChangesNothingInside) {
         wide.polyline(ends);
         narrow.polyline(ends);
         const std::array<Pixel, 2> near{{{place(random) / 300, place(random) / 300}, ends[0]}};
-        wide.polyline(near, PenStyle::DashDot, 2);
-        narrow.polyline(near, PenStyle::DashDot, 2);
+        wide.polyline(near, dashLengths(PenStyle::DashDot, 2));
+        narrow.polyline(near, dashLengths(PenStyle::DashDot, 2));
     }
     for (int y = area.top; y < area.bottom; ++y)
         for (int x = area.left; x < area.right; ++x)
@@ -90,8 +90,8 @@ TEST(PixelMask, WildPlacesAreHarmless) {
     const std::vector<Pixel> wild{{low, low}, {high, high}, {low, high}, {high, low}, {4, 4},
                                   {high, 4},  {low, 4},     {4, low},    {4, high},   {low, 0}};
     for (const auto style : {PenStyle::Solid, PenStyle::Dash, PenStyle::Dot, PenStyle::DashDot}) {
-        mask.polyline(wild, style);
-        mask.polyline(wild, style, 512);
+        mask.polyline(wild, dashLengths(style));
+        mask.polyline(wild, dashLengths(style, 512));
     }
     mask.fillPolygon(wild);
     for (const Pixel p : wild)
@@ -130,20 +130,20 @@ TEST(PixelMask, ALongCurveHasThePixelsOfItsLines) {
 TEST(PixelMask, PatternsGoOnFromLineToLine) {
     PixelMask mask;
     mask.reset({0, 0, 60, 1});
-    mask.polyline(std::array<Pixel, 2>{{{0, 0}, {60, 0}}}, PenStyle::Dash);
+    mask.polyline(std::array<Pixel, 2>{{{0, 0}, {60, 0}}}, dashLengths(PenStyle::Dash));
     EXPECT_EQ(shown(mask), "##################......##################......############\n");
     const std::string whole = shown(mask);
     mask.reset({0, 0, 60, 1});
-    mask.polyline(std::array<Pixel, 4>{{{0, 0}, {20, 0}, {21, 0}, {60, 0}}}, PenStyle::Dash);
+    mask.polyline(std::array<Pixel, 4>{{{0, 0}, {20, 0}, {21, 0}, {60, 0}}}, dashLengths(PenStyle::Dash));
     EXPECT_EQ(shown(mask), whole);
     mask.reset({0, 0, 60, 1});
-    mask.polyline(std::array<Pixel, 2>{{{0, 0}, {60, 0}}}, PenStyle::Dot);
+    mask.polyline(std::array<Pixel, 2>{{{0, 0}, {60, 0}}}, dashLengths(PenStyle::Dot));
     EXPECT_EQ(shown(mask), "###...###...###...###...###...###...###...###...###...###...\n");
     mask.reset({0, 0, 60, 1});
-    mask.polyline(std::array<Pixel, 2>{{{0, 0}, {60, 0}}}, PenStyle::DashDot);
+    mask.polyline(std::array<Pixel, 2>{{{0, 0}, {60, 0}}}, dashLengths(PenStyle::DashDot));
     EXPECT_EQ(shown(mask), "#########......###......#########......###......#########...\n");
     mask.reset({0, 0, 24, 1});
-    mask.polyline(std::array<Pixel, 2>{{{0, 0}, {24, 0}}}, PenStyle::Dot, 2);
+    mask.polyline(std::array<Pixel, 2>{{{0, 0}, {24, 0}}}, dashLengths(PenStyle::Dot, 2));
     EXPECT_EQ(shown(mask), "######......######......\n");
 }
 
