@@ -9,6 +9,7 @@
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QMenuBar>
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "base/errors.h"
@@ -159,8 +160,18 @@ void FigureWindow::closeEvent(QCloseEvent* event) {
 
 QSize FigureWindow::clientSize() const { return canvas_->size(); }
 
+int FigureWindow::heightAbove() const {
+    if (!menus_) return 0;
+    const int menus = menus_->heightForWidth(width());
+    // Resolutions are quarters, as a rule.
+    constexpr int mostPixels = 4;
+    for (int above = menus; above < menus + mostPixels; ++above)
+        if (const double dots = above * devicePixelRatioF(); dots == std::floor(dots)) return above;
+    return menus;
+}
+
 void FigureWindow::layOut() {
-    const int above = menus_ ? menus_->heightForWidth(width()) : 0;
+    const int above = heightAbove();
     if (menus_) menus_->setGeometry(0, 0, width(), above);
     canvas_->setGeometry(0, above, std::max(width(), 1), std::max(height() - above, 1));
     fitPicture();
@@ -202,7 +213,7 @@ void FigureWindow::setMenus(const std::vector<Menu>& menus) {
         menus_->show();
     }
     // The client area keeps its size.
-    const int above = menus_ ? menus_->heightForWidth(width()) : 0;
+    const int above = heightAbove();
     resize(client.width(), client.height() + above);
     layOut();
 }
@@ -248,9 +259,17 @@ void FigureWindow::paintCanvas(QPaintEvent& event) {
 
 void FigureWindow::expectAllFrames() { framesToCome_ = figure_ != nullptr ? figure_->frameCount() : 0; }
 
+QRect FigureWindow::takeDrawn() {
+    const QRect drawn = picture_->takeChanged();
+    // Where pixels have no whole number of dots, the window library rounds the
+    // edges of what it shows.
+    const bool isWhole = picture_->resolution() == std::floor(picture_->resolution());
+    return isWhole || drawn.isEmpty() ? drawn : drawn.adjusted(-1, -1, 1, 1) & canvas_->rect();
+}
+
 void FigureWindow::showDrawn() {
     if (picture_ == nullptr) return;
-    const QRect drawn = picture_->takeChanged();
+    const QRect drawn = takeDrawn();
     undrawn_ |= drawn;
     canvas_->update(drawn);
     if (framesToCome_ > 0 && --framesToCome_ > 0) return;
@@ -262,7 +281,7 @@ void FigureWindow::showDrawn() {
 }
 
 void FigureWindow::showNow() {
-    if (picture_ != nullptr) undrawn_ |= picture_->takeChanged();
+    if (picture_ != nullptr) undrawn_ |= takeDrawn();
     const QRect now = std::exchange(undrawn_, QRect());
     if (!now.isEmpty()) canvas_->repaint(now);
 }
