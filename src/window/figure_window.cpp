@@ -64,6 +64,11 @@ public:
     }
 
 protected:
+    bool event(QEvent* event) override {
+        const bool done = QWidget::event(event);
+        if (event->type() == QEvent::ApplicationPaletteChange) window_.controls().followTheme();
+        return done;
+    }
     void paintEvent(QPaintEvent* event) override { window_.paintCanvas(*event); }
     void mousePressEvent(QMouseEvent* event) override { window_.mousePressed(*event); }
     void mouseReleaseEvent(QMouseEvent* event) override { window_.mouseReleased(*event); }
