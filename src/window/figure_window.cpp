@@ -64,11 +64,6 @@ public:
     }
 
 protected:
-    bool event(QEvent* event) override {
-        const bool done = QWidget::event(event);
-        if (event->type() == QEvent::ApplicationPaletteChange) window_.controls().followTheme();
-        return done;
-    }
     void paintEvent(QPaintEvent* event) override { window_.paintCanvas(*event); }
     void mousePressEvent(QMouseEvent* event) override { window_.mousePressed(*event); }
     void mouseReleaseEvent(QMouseEvent* event) override { window_.mouseReleased(*event); }
@@ -150,6 +145,7 @@ bool FigureWindow::event(QEvent* event) {
     if (event->type() == QEvent::WindowActivate) makeCurrent();
     // The screen may be finer than the one before.
     if (event->type() == QEvent::ScreenChangeInternal) layOut();
+    if (event->type() == QEvent::ApplicationPaletteChange) controls_.followTheme();
     return QWidget::event(event);
 }
 
