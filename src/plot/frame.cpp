@@ -119,11 +119,16 @@ double Frame::scaledY(double y) const { return scaled(yScale, y, limits_.ymin); 
 void Frame::toPixels(std::span<const double> x, std::span<const double> y, std::vector<Pixel>& out,
                      double resolution) const {
     out.resize(std::min(x.size(), y.size()));
-    if (xScale.linear && yScale.linear) {
-        const double scaleX = scaleX_ * resolution, offsetX = offsetX_ * resolution;
-        const double scaleY = scaleY_ * resolution, offsetY = offsetY_ * resolution;
+    const auto mapAll = [&](auto dot) {
+        const double scaleX = scaleX_, offsetX = offsetX_, scaleY = scaleY_, offsetY = offsetY_;
         for (std::size_t k = 0; k < out.size(); ++k)
-            out[k] = {toPixel(x[k] * scaleX + offsetX, resolution), toPixel(y[k] * scaleY + offsetY, resolution)};
+            out[k] = {dot(x[k] * scaleX + offsetX), dot(y[k] * scaleY + offsetY)};
+    };
+    if (xScale.linear && yScale.linear) {
+        if (resolution == 1)
+            mapAll([](double p) { return toPixel(p); });
+        else
+            mapAll([resolution](double p) { return toPixel(p, resolution); });
     } else {
         for (std::size_t k = 0; k < out.size(); ++k) out[k] = pixel(x[k], y[k], resolution);
     }
@@ -148,8 +153,8 @@ std::array<int, 2> Frame::polylineRange(double resolution) const {
     constexpr double heights = 8;
     const AxisLimits y = transformed(yScale, limits_.ymin, limits_.ymax);
     const double beyond = heights * (y.max - y.min);
-    const int top = toPixel(((y.max + beyond) * scaleY_ + offsetY_) * resolution, resolution);
-    const int bottom = toPixel(((y.min - beyond) * scaleY_ + offsetY_) * resolution, resolution);
+    const int top = toPixel((y.max + beyond) * scaleY_ + offsetY_, resolution);
+    const int bottom = toPixel((y.min - beyond) * scaleY_ + offsetY_, resolution);
     return {std::min(top, bottom), std::max(top, bottom)};
 }
 

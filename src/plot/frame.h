@@ -120,10 +120,10 @@ public:
     /// value of 0 or less is at the lower limit.
     /// With a resolution it is a dot of a finer surface, so many to a pixel.
     [[nodiscard]] int pixelX(double x, double resolution = 1) const {
-        return toPixel(scaledX(x) * (scaleX_ * resolution) + offsetX_ * resolution, resolution);
+        return toPixel(scaledX(x) * scaleX_ + offsetX_, resolution);
     }
     [[nodiscard]] int pixelY(double y, double resolution = 1) const {
-        return toPixel(scaledY(y) * (scaleY_ * resolution) + offsetY_ * resolution, resolution);
+        return toPixel(scaledY(y) * scaleY_ + offsetY_, resolution);
     }
     [[nodiscard]] Pixel pixel(double x, double y, double resolution = 1) const {
         return {pixelX(x, resolution), pixelY(y, resolution)};
@@ -232,8 +232,8 @@ public:
 private:
     [[nodiscard]] static int toPixel(double p, double resolution = 1) {
         // The first comparison is false for a NaN.
-        p = p > minPixel * resolution ? p : minPixel * resolution;
-        return static_cast<int>(p < maxPixel * resolution ? p : maxPixel * resolution);
+        p = p > minPixel ? p : minPixel;
+        return static_cast<int>((p < maxPixel ? p : maxPixel) * resolution);
     }
     [[nodiscard]] double scaledX(double x) const;
     [[nodiscard]] double scaledY(double y) const;

@@ -183,6 +183,35 @@ TEST(PixelMask, AWidePenIsRound) {
     EXPECT_EQ(shown(wide).substr(0, 26), "############\n............\n");
 }
 
+TEST(PixelMask, APenMayReachFurtherToOneSide) {
+    const auto row = [](int pen, int reach) {
+        PixelMask thin, wide;
+        thin.reset({-8, -8, 20, 16});
+        thin.polyline(std::array<Pixel, 2>{{{-8, 4}, {20, 4}}});
+        wide.reset(area);
+        wide.addWidened(thin, pen, reach);
+        std::string rows;
+        for (int y = 0; y < 8; ++y) rows += wide.row(y)[5] ? '#' : '.';
+        EXPECT_EQ(wide.touched().top, 4 - reach);
+        EXPECT_EQ(wide.touched().bottom, 4 - reach + pen);
+        return rows;
+    };
+    EXPECT_EQ(row(2, 0), "....##..");
+    EXPECT_EQ(row(2, 1), "...##...");
+    EXPECT_EQ(row(4, 3), ".####...");
+}
+
+TEST(PixelMask, DashesGrowWithThePenAndTheResolution) {
+    using Lengths = std::vector<int>;
+    EXPECT_EQ(dashLengths(PenStyle::Solid, 3, 2), Lengths{});
+    EXPECT_EQ(dashLengths(PenStyle::Dash), (Lengths{18, 6}));
+    EXPECT_EQ(dashLengths(PenStyle::Dot, 2), (Lengths{6, 6}));
+    // a pen of two pixels adds one to what is drawn
+    EXPECT_EQ(dashLengths(PenStyle::Dot, 1, 2), (Lengths{5, 7}));
+    EXPECT_EQ(dashLengths(PenStyle::DashDot, 1, 1.5), (Lengths{13, 10, 4, 10}));
+    EXPECT_EQ(dashLengths(PenStyle::Dot, 0), (Lengths{3, 3}));
+}
+
 TEST(PixelMask, APolygonIsFilledBetweenItsLines) {
     PixelMask mask;
     mask.reset(area);
