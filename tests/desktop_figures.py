@@ -12,10 +12,12 @@ RED, BLUE, WHITE, MAGENTA = (170, 0, 0), (0, 0, 100), (255, 255, 255), (170, 0, 
 LEFT, TOP, RIGHT, BOTTOM = 57, 8, 541, 345
 
 
-class Figures(desktop_harness.DesktopTest):
+class FigureTest(desktop_harness.DesktopTest):
+    VARIABLES = {}
+
     def setUp(self):
         super().setUp()
-        self.program = self.run_program()
+        self.program = self.run_program(**self.VARIABLES)
         self.console = self.desktop.window('Vorpen', exactly=False)
         self.desktop.focus(self.console)
 
@@ -49,6 +51,8 @@ class Figures(desktop_harness.DesktopTest):
     def until_count(self, window, colour, least, what):
         self.desktop.until(lambda: self.desktop.picture(window).count(colour) >= least, what)
 
+
+class Figures(FigureTest):
     def test_a_plot_opens_a_window_and_the_keyboard_stays(self):
         self.type('plot([0,1],[0,1],"r2")')
         figure = self.desktop.window('Figure 1')
@@ -177,6 +181,36 @@ class Figures(desktop_harness.DesktopTest):
         self.desktop.window('Figure 2')
         self.desktop.close_window(self.console)
         self.assertEqual(self.desktop.wait_for_end(self.program), 0)
+
+
+class FinerFigures(FigureTest):
+    """On a screen with two dots to a pixel."""
+    VARIABLES = {'QT_SCALE_FACTOR': '2'}
+
+    def test_lines_are_as_fine_as_the_screen_and_the_mouse_finds_them(self):
+        self.type('plot([0,10],[0,2],"r2"); fix; axis(0,10,0,10);')
+        figure = self.desktop.window('Figure 1')
+        self.until_count(figure, RED, 1000, 'a red line')
+        self.assertEqual(self.desktop.geometry(figure)[2:], (2 * 570, 2 * 406))
+        picture = self.desktop.settled(figure)
+        left, top, right, bottom = picture.box(RED)
+        heights = {next(y for y in range(top, bottom) if picture.at(x, y) == RED) for x in range(left + 10, right - 10)}
+        # Each row of dots is met, and not only every other one.
+        self.assertEqual(len(heights), max(heights) - min(heights) + 1)
+        self.type('function y=onLDown(p); writetext("%s",str(round(p))); y=1; end' % self.path('event'))
+        self.desktop.settled(figure)
+        self.desktop.click(LEFT + RIGHT, 2 * BOTTOM - 2 * (BOTTOM - TOP) // 5, figure)
+        self.assertEqual(self.told('event'), '5 2')
+
+    def test_the_cursor_leaves_no_trace(self):
+        self.type('fplot(x/10;x,[0,10],"r")')
+        figure = self.desktop.window('Figure 1')
+        self.until_count(figure, RED, 600, 'a red line')
+        for x in (300, 500, 400):
+            self.desktop.move(x, 400, figure)
+            self.desktop.until(lambda: self.desktop.picture(figure).at(x, 2 * BOTTOM - 60) == MAGENTA, 'a hairline')
+        upright = self.desktop.settled(figure).crop(2 * LEFT, 2 * BOTTOM - 60, 2 * RIGHT, 2 * BOTTOM - 59)
+        self.assertEqual(upright.count(MAGENTA), 2)
 
 
 if __name__ == '__main__':

@@ -88,12 +88,15 @@ void AxisDrawing::drawAtZero(Raster raster) {
 }
 
 void AxisDrawing::drawAtFarEdge(Raster raster) {
-    // The middle of the pixel, so that the way back ends in it.
+    // The middle of the dot, so that the way back ends in it.
     constexpr double half = 0.5;
+    const int length = painter_.dots(majorLength);
     if (axis_.isY)
-        raster.x = frame_.valueX(frame_.pixelX(frame_.limits().xmax) - majorLength + half);
+        raster.x =
+            frame_.valueX((painter_.dotX(frame_.limits().xmax) - length + half) / painter_.resolution());
     else
-        raster.y = frame_.valueY(frame_.pixelY(frame_.limits().ymax) + majorLength + half);
+        raster.y =
+            frame_.valueY((painter_.dotY(frame_.limits().ymax) + length + half) / painter_.resolution());
     raster.draw(painter_);
 }
 
@@ -173,12 +176,14 @@ void Raster::draw(FramePainter& painter) {
     std::vector<Pixel> ends;
     for (const double at : positions()) {
         if (!(horizontal ? frame.showsY(at) : frame.showsX(at))) continue;
-        const Pixel start = horizontal ? frame.pixel(x, at) : frame.pixel(at, y);
+        const Pixel start = horizontal ? painter.dot(x, at) : painter.dot(at, y);
         Pixel end = start;
         if (horizontal)
-            end.x = lengthInPixels ? start.x + static_cast<int>(length) : frame.pixelX(x + length);
+            end.x =
+                lengthInPixels ? start.x + painter.dots(static_cast<int>(length)) : painter.dotX(x + length);
         else
-            end.y = lengthInPixels ? start.y - static_cast<int>(length) : frame.pixelY(y + length);
+            end.y =
+                lengthInPixels ? start.y - painter.dots(static_cast<int>(length)) : painter.dotY(y + length);
         ends.push_back(start);
         ends.push_back(end);
     }
@@ -195,14 +200,14 @@ void AxisTicks::draw(FramePainter& painter) {
         painter.drawSegments(std::array{from, to}, thinLine(colour));
     };
     if ((xFlags & LINE_AT_ZERO) && limits.xmin < 0 && limits.xmax > 0)
-        line(frame.pixel(0, limits.ymin), frame.pixel(0, limits.ymax), zeroColour);
+        line(painter.dot(0, limits.ymin), painter.dot(0, limits.ymax), zeroColour);
     if ((yFlags & LINE_AT_ZERO) && limits.ymin < 0 && limits.ymax > 0)
-        line(frame.pixel(limits.xmin, 0), frame.pixel(limits.xmax, 0), zeroColour);
+        line(painter.dot(limits.xmin, 0), painter.dot(limits.xmax, 0), zeroColour);
     if (!frame.equal) return;
     // With equal scales the frame's outline is not at the limits of the data.
-    const Pixel corner = frame.pixel(limits.xmin, limits.ymin);
-    if (xFlags & TICKS_NEAR) line(corner, frame.pixel(limits.xmax, limits.ymin), 0);
-    if (yFlags & TICKS_NEAR) line(corner, frame.pixel(limits.xmin, limits.ymax), 0);
+    const Pixel corner = painter.dot(limits.xmin, limits.ymin);
+    if (xFlags & TICKS_NEAR) line(corner, painter.dot(limits.xmax, limits.ymin), 0);
+    if (yFlags & TICKS_NEAR) line(corner, painter.dot(limits.xmin, limits.ymax), 0);
 }
 
 }  // namespace vorpen

@@ -7,10 +7,16 @@
 // estimated or measured text, an edge that text can run over or none) is
 // behind this interface.
 //
-// Coordinates are pixels of the figure's client area, y downward. Lines and
-// fillings are drawn between the beginning and the end of a group, which sets
-// the pen; a style with `xorMode` inverts what it covers, where the surface
-// can. Groups do not nest.
+// Frames and texts are placed in pixels of the figure's client area, y
+// downward, and so are laid out alike on every surface. A surface may be finer:
+// it has `resolution()` dots to a pixel. Shapes and pictures are placed in
+// dots, so that a curve is as fine as it can be shown; how wide a pen is, and
+// how large a font, is told in pixels. Without a word on it, a surface has one
+// dot to a pixel.
+//
+// Lines and fillings are drawn between the beginning and the end of a group,
+// which sets the pen; a style with `xorMode` inverts what it covers, where the
+// surface can. Groups do not nest.
 
 #include <span>
 #include <string_view>
@@ -79,6 +85,9 @@ class DrawingSurface {
 public:
     virtual ~DrawingSurface() = default;
 
+    /// Dots to a pixel, on either axis; not necessarily a whole number.
+    [[nodiscard]] virtual double resolution() const { return 1; }
+
     /// Starts a frame anew: erases it, or names its clip path.
     virtual void beginFrame(const FrameOutline& outline) = 0;
     virtual void endFrame() = 0;
@@ -110,14 +119,15 @@ public:
     virtual void endLine() {}
     virtual void text(Pixel at, std::string_view bytes, const Font& font, Colour colour) = 0;
     virtual void endText() = 0;
-    /// Width in pixels of bytes drawn in a font.
+    /// Width in pixels of bytes drawn in a font, and the font's measures.
     [[nodiscard]] virtual int textWidth(std::string_view bytes, const Font& font) const = 0;
     [[nodiscard]] virtual FontMetrics metrics(const Font& font) const = 0;
     /// The x that text can run over, and is marked there.
     [[nodiscard]] virtual int rightEdge() const = 0;
 
-    /// A picture with its top left corner at a pixel. With `transparent` its
-    /// pixels in the colour of its own top left one are left out.
+    /// A picture with its top left corner at a dot; it is as large as its pixels
+    /// are. With `transparent` its pixels in the colour of its own top left one
+    /// are left out.
     virtual void bitmap(Pixel at, const Bitmap& picture, bool transparent) = 0;
 };
 

@@ -116,13 +116,21 @@ void Frame::rescale() {
 double Frame::scaledX(double x) const { return scaled(xScale, x, limits_.xmin); }
 double Frame::scaledY(double y) const { return scaled(yScale, y, limits_.ymin); }
 
-void Frame::toPixels(std::span<const double> x, std::span<const double> y, std::vector<Pixel>& out) const {
+void Frame::toPixels(std::span<const double> x, std::span<const double> y, std::vector<Pixel>& out,
+                     double resolution) const {
     out.resize(std::min(x.size(), y.size()));
-    if (xScale.linear && yScale.linear) {
+    const auto mapAll = [&](auto dot) {
+        const double scaleX = scaleX_, offsetX = offsetX_, scaleY = scaleY_, offsetY = offsetY_;
         for (std::size_t k = 0; k < out.size(); ++k)
-            out[k] = {toPixel(x[k] * scaleX_ + offsetX_), toPixel(y[k] * scaleY_ + offsetY_)};
+            out[k] = {dot(x[k] * scaleX + offsetX), dot(y[k] * scaleY + offsetY)};
+    };
+    if (xScale.linear && yScale.linear) {
+        if (resolution == 1)
+            mapAll([](double p) { return toPixel(p); });
+        else
+            mapAll([resolution](double p) { return toPixel(p, resolution); });
     } else {
-        for (std::size_t k = 0; k < out.size(); ++k) out[k] = pixel(x[k], y[k]);
+        for (std::size_t k = 0; k < out.size(); ++k) out[k] = pixel(x[k], y[k], resolution);
     }
 }
 
@@ -141,12 +149,12 @@ Pixel Frame::percentToPixels(double x, double y) const {
             toPixel(percentOf(yScale, y, limits_.ymin, limits_.ymax) * scaleY_ + offsetY_)};
 }
 
-std::array<int, 2> Frame::polylineRange() const {
+std::array<int, 2> Frame::polylineRange(double resolution) const {
     constexpr double heights = 8;
     const AxisLimits y = transformed(yScale, limits_.ymin, limits_.ymax);
     const double beyond = heights * (y.max - y.min);
-    const int top = toPixel((y.max + beyond) * scaleY_ + offsetY_);
-    const int bottom = toPixel((y.min - beyond) * scaleY_ + offsetY_);
+    const int top = toPixel((y.max + beyond) * scaleY_ + offsetY_, resolution);
+    const int bottom = toPixel((y.min - beyond) * scaleY_ + offsetY_, resolution);
     return {std::min(top, bottom), std::max(top, bottom)};
 }
 
@@ -231,6 +239,9 @@ int Frame::itemIndex(std::int32_t id) const {
 void Frame::replotCurve(int index, Curve& curve, std::span<const double> x, std::span<const double> y) {
     Require(x.empty() ? y.empty() || y.size() == curve.ys.size() : x.size() == y.size(),
             "wrong number of points");
+    const double resolution = figure_.view() != nullptr ? figure_.view()->surface().resolution() : 1;
+    // A file may have been written since, and has left pixels of its own.
+    if (curve.resolution != resolution && !curve.pixels.empty()) curve.findPixels(*this, resolution);
     if (!x.empty() || y.empty()) curve.xs.assign(x.begin(), x.end());
     curve.ys.assign(y.begin(), y.end());
     if (!curve.style.xorMode) {
@@ -239,7 +250,7 @@ void Frame::replotCurve(int index, Curve& curve, std::span<const double> x, std:
         return;
     }
     std::vector<Pixel> old = std::exchange(curve.pixels, {});
-    toPixels(curve.xs, curve.ys, curve.pixels);
+    curve.findPixels(*this, resolution);
     if (!curve.visible || old == curve.pixels) return;
     onSurface([&](FramePainter& painter) {
         curve.pixels.swap(old);

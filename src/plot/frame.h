@@ -118,11 +118,19 @@ public:
 
     /// A pixel is limited to 16 bits; a NaN is at -32768, and on a log axis a
     /// value of 0 or less is at the lower limit.
-    [[nodiscard]] int pixelX(double x) const { return toPixel(scaledX(x) * scaleX_ + offsetX_); }
-    [[nodiscard]] int pixelY(double y) const { return toPixel(scaledY(y) * scaleY_ + offsetY_); }
-    [[nodiscard]] Pixel pixel(double x, double y) const { return {pixelX(x), pixelY(y)}; }
+    /// With a resolution it is a dot of a finer surface, so many to a pixel.
+    [[nodiscard]] int pixelX(double x, double resolution = 1) const {
+        return toPixel(scaledX(x) * scaleX_ + offsetX_, resolution);
+    }
+    [[nodiscard]] int pixelY(double y, double resolution = 1) const {
+        return toPixel(scaledY(y) * scaleY_ + offsetY_, resolution);
+    }
+    [[nodiscard]] Pixel pixel(double x, double y, double resolution = 1) const {
+        return {pixelX(x, resolution), pixelY(y, resolution)};
+    }
     /// All points at once.
-    void toPixels(std::span<const double> x, std::span<const double> y, std::vector<Pixel>& out) const;
+    void toPixels(std::span<const double> x, std::span<const double> y, std::vector<Pixel>& out,
+                  double resolution = 1) const;
     [[nodiscard]] double valueX(double pixel) const;
     [[nodiscard]] double valueY(double pixel) const;
     /// A place in percent of the axes.
@@ -133,7 +141,7 @@ public:
     [[nodiscard]] double pixelsPerY() const { return scaleY_; }
     /// The y pixels that a polyline is held between, 8 heights above and below
     /// the limits: the smaller pixel first.
-    [[nodiscard]] std::array<int, 2> polylineRange() const;
+    [[nodiscard]] std::array<int, 2> polylineRange(double resolution = 1) const;
 
     /// Whether a place on an axis is within the limits, or out by no more than
     /// rounding.
@@ -222,10 +230,10 @@ public:
     void drawItem(int index);
 
 private:
-    [[nodiscard]] static int toPixel(double p) {
+    [[nodiscard]] static int toPixel(double p, double resolution = 1) {
         // The first comparison is false for a NaN.
         p = p > minPixel ? p : minPixel;
-        return static_cast<int>(p < maxPixel ? p : maxPixel);
+        return static_cast<int>((p < maxPixel ? p : maxPixel) * resolution);
     }
     [[nodiscard]] double scaledX(double x) const;
     [[nodiscard]] double scaledY(double y) const;

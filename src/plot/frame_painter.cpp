@@ -12,16 +12,22 @@
 namespace vorpen {
 namespace {
 
-/// A length in pixels; what is no number or too large is limited.
-int toLength(double pixels) {
+/// A length in dots; what is no number or too large is limited.
+int toLength(double pixels, double resolution) {
     constexpr double longest = maxWidth;
-    return std::isnan(pixels) ? 0 : static_cast<int>(std::clamp(pixels, -longest, longest));
+    return std::isnan(pixels) ? 0 : static_cast<int>(std::clamp(pixels, -longest, longest) * resolution);
 }
 
 PixelRect rectangleBetween(Pixel a, Pixel b) {
     const auto [left, right] = std::minmax(a.x, b.x);
     const auto [top, bottom] = std::minmax(a.y, b.y);
     return {left, top, right, bottom};
+}
+
+/// A rectangle of whole pixels in dots; the data on its edges are there too.
+PixelRect toDots(const PixelRect& pixels, double resolution) {
+    const auto dot = [resolution](int pixel) { return static_cast<int>(pixel * resolution); };
+    return {dot(pixels.left), dot(pixels.top), dot(pixels.right), dot(pixels.bottom)};
 }
 
 /// Clipping while it lives.
@@ -37,13 +43,14 @@ private:
 };
 
 /// The ends of the lines of one marker, in pairs.
-void addMarkerLines(std::vector<Pixel>& ends, char marker, Pixel p, int s, int zeroY, int halfLength) {
+void addMarkerLines(std::vector<Pixel>& ends, char marker, Pixel p, int s, int zeroY, int halfLength,
+                    int dotSize) {
     const auto line = [&ends](Pixel a, Pixel b) {
         ends.push_back(a);
         ends.push_back(b);
     };
     switch (marker) {
-        case '.': return addMarkerLines(ends, '+', p, 1, zeroY, halfLength);
+        case '.': return addMarkerLines(ends, '+', p, dotSize, zeroY, halfLength, dotSize);
         case '+':
             line({p.x - s, p.y}, {p.x + s, p.y});
             line({p.x, p.y + s}, {p.x, p.y - s});
@@ -67,11 +74,13 @@ void addMarkerLines(std::vector<Pixel>& ends, char marker, Pixel p, int s, int z
 }  // namespace
 
 FramePainter::FramePainter(Frame& frame, DrawingSurface& surface)
-    : frame_(frame), surface_(surface), writer_(Face::Times) {}
+    : frame_(frame), surface_(surface), resolution_(surface.resolution()), writer_(Face::Times) {}
+
+int FramePainter::dots(int pixels) const { return static_cast<int>(std::lround(pixels * resolution_)); }
 
 void FramePainter::drawPolyline(std::span<const Pixel> points) {
     if (points.size() == 2) return surface_.polyline(points);
-    const auto [low, high] = frame_.polylineRange();
+    const auto [low, high] = frame_.polylineRange(resolution_);
     const auto isWild = [low = low, high = high](Pixel p) { return p.y < low || p.y > high; };
     if (std::none_of(points.begin(), points.end(), isWild)) return surface_.polyline(points);
     scratch_.assign(points.begin(), points.end());
@@ -96,7 +105,7 @@ void FramePainter::drawSegments(std::span<const Pixel> ends, const PlotStyle& st
 
 void FramePainter::drawPolygon(std::span<const Pixel> points, const PlotStyle& style) {
     if (points.empty()) return;
-    const auto [low, high] = frame_.polylineRange();
+    const auto [low, high] = frame_.polylineRange(resolution_);
     scratch_.assign(points.begin(), points.end());
     for (Pixel& p : scratch_) p.y = std::clamp(p.y, low, high);
     const Clipping clipping(surface_);
@@ -108,10 +117,10 @@ void FramePainter::drawPolygon(std::span<const Pixel> points, const PlotStyle& s
 void FramePainter::drawRectangle(bool filled, const PlotStyle* style, double x, double y, double width,
                                  double height) {
     if (style == nullptr && filled) {
-        surface_.box(frame_.fractionsToPixels({x, y, width, height}), false);
+        surface_.box(toDots(frame_.fractionsToPixels({x, y, width, height}), resolution_), false);
         return;
     }
-    const PixelRect edges = rectangleBetween(frame_.pixel(x, y), frame_.pixel(x + width, y + height));
+    const PixelRect edges = rectangleBetween(dot(x, y), dot(x + width, y + height));
     if (style == nullptr) return surface_.box(edges, false);
     surface_.beginStroke(*style);
     surface_.box(edges, filled);
@@ -136,12 +145,12 @@ void FramePainter::drawBars(std::span<const double> x, std::span<const double> y
     if (count == 0) return;
     const Clipping clipping(surface_);
     surface_.beginStrokeAndFill(style);
-    const int bottom = frame_.pixelY(0);
+    const int bottom = dotY(0), pixel = dots(1);
     for (std::size_t k = 0; k < count; ++k) {
         const double unit = k < widths.size() ? widths[k] : defaultWidth;
-        const int width = toLength(unit * frame_.pixelsPerX());
-        const int left = frame_.pixelX(x[k]) - width / 2;
-        surface_.bar(rectangleBetween({left, frame_.pixelY(y[k])}, {left + width + 1, bottom}));
+        const int width = toLength(unit * frame_.pixelsPerX(), resolution_);
+        const int left = dotX(x[k]) - width / 2;
+        surface_.bar(rectangleBetween({left, dotY(y[k])}, {left + width + pixel, bottom}));
     }
     surface_.endGroup();
 }
@@ -149,23 +158,24 @@ void FramePainter::drawBars(std::span<const double> x, std::span<const double> y
 void FramePainter::drawMarkers(std::span<const Pixel> points, const PlotStyle& style, char marker, int size,
                                std::span<const double> errors) {
     if (marker == 0 || points.empty()) return;
-    if (marker == 'o') return drawCircles(points, style, size);
+    const int s = dots(size);
+    if (marker == 'o') return drawCircles(points, style, s);
     std::vector<Pixel> ends;
     const bool isClosedLine = marker == 's' || marker == 't';
     if (!isClosedLine) {
         ends.reserve(points.size() * 6);
-        const int zeroY = frame_.pixelY(0);
+        const int zeroY = dotY(0), dotSize = dots(1);
         for (std::size_t k = 0; k < points.size(); ++k) {
             const double error =
                 errors.empty() ? 0 : errors[errors.size() == 1 ? 0 : std::min(k, errors.size() - 1)];
-            addMarkerLines(ends, marker, points[k], size, zeroY, toLength(error * frame_.pixelsPerY()));
+            addMarkerLines(ends, marker, points[k], s, zeroY,
+                           toLength(error * frame_.pixelsPerY(), resolution_), dotSize);
         }
     }
     const Clipping clipping(surface_);
     surface_.beginStroke(style);
     for (std::size_t k = 0; k + 1 < ends.size(); k += 2) surface_.polyline(std::span(ends).subspan(k, 2));
     if (isClosedLine) {
-        const int s = size;
         for (const auto [x, y] : points) {
             const std::array<Pixel, 5> square = {
                 {{x - s, y - s}, {x + s, y - s}, {x + s, y + s}, {x - s, y + s}, {x - s, y - s}}};

@@ -2,9 +2,10 @@
 #pragma once
 
 // The primitives that items are drawn with: shapes in data units or pixels of
-// one frame, put on a surface. Coordinates of data go through the frame's map;
-// what is drawn may be anywhere, so numbers are limited before they become
-// pixels.
+// one frame, put on a surface. Coordinates of data go through the frame's map,
+// as finely as the surface can show them; what is drawn may be anywhere, so
+// numbers are limited before they become pixels. Points are dots of the
+// surface, sizes of markers pixels.
 
 #include <span>
 #include <string_view>
@@ -22,6 +23,15 @@ public:
     [[nodiscard]] Frame& frame() const { return frame_; }
     [[nodiscard]] DrawingSurface& surface() const { return surface_; }
     [[nodiscard]] TextWriter& writer() { return writer_; }
+
+    /// Dots of the surface to a pixel.
+    [[nodiscard]] double resolution() const { return resolution_; }
+    /// Where data are.
+    [[nodiscard]] int dotX(double x) const { return frame_.pixelX(x, resolution_); }
+    [[nodiscard]] int dotY(double y) const { return frame_.pixelY(y, resolution_); }
+    [[nodiscard]] Pixel dot(double x, double y) const { return {dotX(x), dotY(y)}; }
+    /// How many dots a length in pixels has.
+    [[nodiscard]] int dots(int pixels) const;
 
     /// A line through points, inside a group. Three points and more are held
     /// within 8 heights of the plot area.
@@ -52,6 +62,7 @@ public:
 private:
     Frame& frame_;
     DrawingSurface& surface_;
+    double resolution_;
     TextWriter writer_;
     std::vector<Pixel> scratch_;
 };

@@ -18,8 +18,7 @@ constexpr std::int64_t half = std::int64_t{1} << (fractionBits - 1);
 
 std::int64_t slopeOf(std::int64_t rise, std::int64_t run) { return run == 0 ? 0 : rise * (half * 2) / run; }
 
-/// From a row of a round pen's picture, how far it goes to the left and right
-/// of the pixel that it is put on.
+/// A row of a round pen's picture: its first and last pixel.
 struct Chord {
     int left, right;
 };
@@ -31,7 +30,7 @@ std::vector<Chord> chordsOfDisc(int diameter) {
         const double dy = i - centre, reach = std::sqrt(radius * radius - dy * dy);
         const int first = static_cast<int>(std::ceil(centre - reach));
         const int last = static_cast<int>(std::floor(centre + reach));
-        chords.push_back({first - diameter / 2, last - diameter / 2});
+        chords.push_back({first, last});
     }
     return chords;
 }
@@ -41,15 +40,28 @@ std::int64_t circleReach(std::int64_t radius, std::int64_t distance) {
     return std::llround(std::sqrt(static_cast<double>(radius * radius - distance * distance)));
 }
 
-bool isOn(std::span<const int> pattern, int pen, std::int64_t phase) {
-    for (std::size_t k = 0; k < pattern.size(); ++k) {
-        phase -= std::int64_t{pattern[k]} * pen;
+/// Where the next byte is that differs from a value, or the end. Both many
+/// short and few long stretches of a value are passed quickly.
+const std::uint8_t* behind(std::uint8_t value, const std::uint8_t* p, const std::uint8_t* end) {
+    std::uint64_t eight, same;
+    std::memset(&same, value, sizeof same);
+    while (p < end && *p == value) {
+        ++p;
+        for (; end - p >= 8; p += 8) {
+            std::memcpy(&eight, p, sizeof eight);
+            if (eight != same) break;
+        }
+    }
+    return p;
+}
+
+bool isOn(std::span<const int> dashes, std::int64_t phase) {
+    for (std::size_t k = 0; k < dashes.size(); ++k) {
+        phase -= dashes[k];
         if (phase < 0) return k % 2 == 0;
     }
     return true;
 }
-
-}  // namespace
 
 std::span<const int> dashPattern(PenStyle style) {
     static constexpr std::array dash{18, 6}, dot{3, 3};
@@ -61,6 +73,20 @@ std::span<const int> dashPattern(PenStyle style) {
         case PenStyle::Solid: break;
     }
     return {};
+}
+
+}  // namespace
+
+std::vector<int> dashLengths(PenStyle style, int pen, double resolution) {
+    std::vector<int> lengths;
+    // A pen of one pixel has no ends here; where it is several wide, they add
+    // to what is drawn.
+    const int ends = static_cast<int>(std::lround(resolution)) - 1;
+    for (const int length : dashPattern(style)) {
+        const int own = static_cast<int>(std::lround(length * std::max(pen, 1) * resolution));
+        lengths.push_back(std::max(lengths.size() % 2 == 0 ? own - ends : own + ends, 1));
+    }
+    return lengths;
 }
 
 void PixelMask::reset(const PixelRect& area) {
@@ -131,13 +157,13 @@ void PixelMask::line(Pixel a, Pixel b) {
 
 /// The pattern goes on from line to line, counted by `phase`. The last pixel
 /// belongs to the next line.
-void PixelMask::dashedLine(Pixel a, Pixel b, std::span<const int> pattern, int pen, std::int64_t& phase) {
+void PixelMask::dashedLine(Pixel a, Pixel b, std::span<const int> dashes, std::int64_t& phase) {
     const std::int64_t dx = std::int64_t{b.x} - a.x, dy = std::int64_t{b.y} - a.y;
     const bool isFlat = std::abs(dx) >= std::abs(dy);
     const std::int64_t steps = isFlat ? std::abs(dx) : std::abs(dy);
     const std::int64_t begin = phase;
     std::int64_t period = 0;
-    for (const int length : pattern) period += std::int64_t{length} * pen;
+    for (const int length : dashes) period += length;
     phase = (phase + steps) % period;
     // The steps that are inside along the longer side.
     const bool isForward = (isFlat ? dx : dy) >= 0;
@@ -148,7 +174,7 @@ void PixelMask::dashedLine(Pixel a, Pixel b, std::span<const int> pattern, int p
     const std::int64_t last = std::min(isForward ? high - from : from - low, steps - 1);
     const std::int64_t slope = slopeOf(isFlat ? dy : dx, steps);
     for (std::int64_t k = first; k <= last; ++k) {
-        if (!isOn(pattern, pen, (begin + k) % period)) continue;
+        if (!isOn(dashes, (begin + k) % period)) continue;
         const std::int64_t along = isForward ? from + k : from - k;
         const std::int64_t across = ((isFlat ? a.y : a.x) * (half * 2) + half + slope * k) >> fractionBits;
         if (isFlat)
@@ -158,15 +184,14 @@ void PixelMask::dashedLine(Pixel a, Pixel b, std::span<const int> pattern, int p
     }
 }
 
-void PixelMask::polyline(std::span<const Pixel> points, PenStyle style, int pen) {
+void PixelMask::polyline(std::span<const Pixel> points, std::span<const int> dashes) {
     if (points.empty()) return;
-    const std::span<const int> pattern = dashPattern(style);
     std::int64_t phase = 0;
     const auto join = [&](Pixel from, Pixel to) {
-        if (pattern.empty())
+        if (dashes.empty())
             line(from, to);
         else
-            dashedLine(from, to, pattern, pen, phase);
+            dashedLine(from, to, dashes, phase);
     };
     Pixel last = points[0];
     if (std::all_of(points.begin(), points.end(), [last](Pixel p) { return p == last; }))
@@ -184,7 +209,7 @@ void PixelMask::polyline(std::span<const Pixel> points, PenStyle style, int pen)
         if (end > k + fewPoints) {
             join(last, {last.x, low});
             join({last.x, low}, {last.x, high});
-            if (!pattern.empty()) join({last.x, high}, points[end - 1]);
+            if (!dashes.empty()) join({last.x, high}, points[end - 1]);
             last = points[end - 1];
             k = end;
         } else {
@@ -217,31 +242,29 @@ void PixelMask::circle(Pixel centre, int radius) {
     }
 }
 
-void PixelMask::addWidened(const PixelMask& thin, int pen) {
+void PixelMask::addWidened(const PixelMask& thin, int pen, int reach) {
     const std::vector<Chord> chords = chordsOfDisc(std::clamp(pen, 1, maxPen));
-    const int reach = static_cast<int>(chords.size()) / 2;
+    const int beyond = static_cast<int>(chords.size()) - 1 - reach;
     const PixelRect& source = thin.touched_;
     if (source.width() == 0) return;
     for (int y = source.top; y < source.bottom; ++y) {
-        const std::uint8_t* const from = thin.row(y) - thin.area_.left;
+        const std::uint8_t* const row = thin.row(y) + (source.left - thin.area_.left);
+        const std::uint8_t* const rowEnd = row + source.width();
         // Stretches of drawn pixels, each widened to both sides at once.
-        for (int x = source.left; x < source.right;) {
-            if (from[x] == 0) {
-                ++x;
-                continue;
-            }
-            const int first = x;
-            while (x < source.right && from[x] != 0) ++x;
+        for (const std::uint8_t* p = behind(0, row, rowEnd); p < rowEnd; p = behind(0, p, rowEnd)) {
+            const int first = source.left + static_cast<int>(p - row);
+            p = behind(drawn, p, rowEnd);
+            const int x = source.left + static_cast<int>(p - row);
             for (std::size_t k = 0; k < chords.size(); ++k) {
-                const int row = y - reach + static_cast<int>(k);
-                if (row < area_.top || row >= area_.bottom) continue;
-                const int left = std::max(first + chords[k].left, area_.left);
-                const int right = std::min(x + chords[k].right, area_.right);
-                if (left < right) std::memset(at(left, row), drawn, static_cast<std::size_t>(right - left));
+                const int line = y - reach + static_cast<int>(k);
+                if (line < area_.top || line >= area_.bottom) continue;
+                const int left = std::max(first - reach + chords[k].left, area_.left);
+                const int right = std::min(x - reach + chords[k].right, area_.right);
+                if (left < right) std::memset(at(left, line), drawn, static_cast<std::size_t>(right - left));
             }
         }
     }
-    touch(source.left - reach, source.top - reach, source.right + reach, source.bottom + reach);
+    touch(source.left - reach, source.top - reach, source.right + beyond, source.bottom + beyond);
 }
 
 // ---- Fillings ----------------------------------------------------------------------

@@ -7,10 +7,11 @@
 // lines meet, and the time for a wide pen depends on the size of the picture
 // and not on the number of points.
 //
-// Lines are as thin as one pixel; `widen` then gives them the width of their
-// pen, with round joins and ends. Points may be anywhere; what lies outside the
+// Lines are as thin as one pixel; `addWidened` then gives them the width of
+// their pen, with round joins and ends. Points may be anywhere; what lies outside the
 // area takes no time and no memory.
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -20,13 +21,15 @@
 namespace vorpen {
 
 /// Lengths of drawn and left out pieces in turn, in pixels along the longer
-/// side of a line; empty for an unbroken line.
-[[nodiscard]] std::span<const int> dashPattern(PenStyle style);
+/// side of a line; empty for an unbroken line. They grow with the pen. At a
+/// resolution of so many pixels here to one of the pen, the gaps that its round
+/// ends leave grow too.
+[[nodiscard]] std::vector<int> dashLengths(PenStyle style, int pen = 1, double resolution = 1);
 
 class PixelMask {
 public:
     /// The widest pen; a wider one is drawn like this.
-    static constexpr int maxPen = 512;
+    static constexpr int maxPen = 2048;
 
     /// Empties the mask and says where pixels may be drawn.
     void reset(const PixelRect& area);
@@ -39,12 +42,15 @@ public:
 
     // ---- Lines ----
 
-    /// A line through points; broken by a pattern in units of the pen.
-    void polyline(std::span<const Pixel> points, PenStyle style = PenStyle::Solid, int pen = 1);
+    /// A line through points; broken by lengths above 0, if there are any.
+    void polyline(std::span<const Pixel> points, std::span<const int> dashes = {});
     void circle(Pixel centre, int radius);
     /// Makes the lines of `thin`, which was drawn in an area wider by the pen,
-    /// as wide as a pen.
-    void addWidened(const PixelMask& thin, int pen);
+    /// as wide as a pen. It reaches so far to the left and above its pixel, and
+    /// the rest to the right and below.
+    void addWidened(const PixelMask& thin, int pen, int reach);
+    /// A pen in the middle of its pixel, or half a pixel to the left and above.
+    void addWidened(const PixelMask& thin, int pen) { addWidened(thin, pen, std::clamp(pen, 1, maxPen) / 2); }
 
     // ---- Fillings ----
 
@@ -63,7 +69,7 @@ private:
     void touch(int left, int top, int right, int bottom);
     void set(std::int64_t x, std::int64_t y);
     void line(Pixel a, Pixel b);
-    void dashedLine(Pixel a, Pixel b, std::span<const int> pattern, int pen, std::int64_t& phase);
+    void dashedLine(Pixel a, Pixel b, std::span<const int> dashes, std::int64_t& phase);
     void toggleEdge(Pixel a, Pixel b);
 
     PixelRect area_;

@@ -55,8 +55,13 @@ Curve::Curve(std::vector<double> xData, std::vector<double> yData, std::string_v
     style = curveStyle(styleText);
 }
 
+void Curve::findPixels(const Frame& frame, double surfaceResolution) {
+    resolution = surfaceResolution;
+    frame.toPixels(xs, ys, pixels, resolution);
+}
+
 void Curve::draw(FramePainter& painter) {
-    painter.frame().toPixels(xs, ys, pixels);
+    findPixels(painter.frame(), painter.resolution());
     drawPixels(painter);
 }
 
@@ -83,7 +88,7 @@ ErrorBars::ErrorBars(std::vector<double> xData, std::vector<double> yData, std::
 
 void ErrorBars::draw(FramePainter& painter) {
     constexpr int crossSize = 1;
-    painter.frame().toPixels(xs, ys, pixels);
+    findPixels(painter.frame(), painter.resolution());
     painter.drawMarkers(pixels, style, 'x', crossSize);
     painter.drawMarkers(pixels, style, '~', marker.size, errors);
 }
@@ -94,7 +99,7 @@ SinglePoint::SinglePoint(double px, double py, std::string_view styleText)
 }
 
 void SinglePoint::draw(FramePainter& painter) {
-    const Pixel at = painter.frame().pixel(x, y);
+    const Pixel at = painter.dot(x, y);
     painter.drawMarkers({&at, 1}, solid(style), marker.marker, marker.size);
 }
 
@@ -175,9 +180,8 @@ MyCircle::MyCircle(double centreX, double centreY, double circleRadius, std::str
 }
 
 void MyCircle::draw(FramePainter& painter) {
-    const Frame& frame = painter.frame();
-    const Pixel centre = frame.pixel(x, y);
-    painter.drawCircles({&centre, 1}, style, frame.pixelX(x + radius) - centre.x, filled);
+    const Pixel centre = painter.dot(x, y);
+    painter.drawCircles({&centre, 1}, style, painter.dotX(x + radius) - centre.x, filled);
 }
 
 void MyCircle::changeStyle(std::string_view text) {
@@ -198,7 +202,7 @@ void Box::changeStyle(std::string_view text) {
 }
 
 void MyBitmap::draw(FramePainter& painter) {
-    painter.surface().bitmap(painter.frame().pixel(x, y), picture, transparent);
+    painter.surface().bitmap(painter.dot(x, y), picture, transparent);
 }
 
 // ---- Controls -------------------------------------------------------------------------

@@ -73,11 +73,14 @@ public:
     Curve(std::vector<double> xData, std::vector<double> yData, std::string_view styleText);
 
     std::vector<double> xs, ys;
-    std::vector<Pixel> pixels;  ///< from the last time it was drawn
+    std::vector<Pixel> pixels;  ///< dots of the surface that it was drawn on last
+    double resolution = 1;      ///< of that surface
     MarkerStyle marker;
     bool filled = false;
 
     void draw(FramePainter& painter) override;
+    /// Says in `pixels` where the points are.
+    void findPixels(const Frame& frame, double surfaceResolution);
     /// Draws points that are in `pixels` already.
     void drawPixels(FramePainter& painter);
     void move(double dx, double dy) override;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "window/figure_controls.h"
 
+#include <QtWidgets/QApplication>
 #include <QtWidgets/QCheckBox>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
@@ -75,6 +76,18 @@ QFont controlFont(int points) {
     return font;
 }
 
+/// The colours of controls on white: none of their own, so that they have those
+/// of the theme, unless its text is made for a dark ground.
+QPalette paletteOnWhite() {
+    const QPalette theme = QApplication::palette();
+    if (theme.color(QPalette::WindowText).lightness() <= theme.color(QPalette::Window).lightness()) return {};
+    QPalette light(QColor(0xEF, 0xEF, 0xEF));
+    for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled})
+        for (const auto role : {QPalette::Highlight, QPalette::HighlightedText})
+            light.setColor(group, role, theme.color(group, role));
+    return light;
+}
+
 QRect visibleRect(const PixelRect& r) {
     const auto near = [](int x) { return std::clamp(x, -farthest, farthest); };
     const auto length = [](int from, int to) {
@@ -84,6 +97,13 @@ QRect visibleRect(const PixelRect& r) {
 }
 
 }  // namespace
+
+FigureControls::FigureControls(QWidget& parent, Listener listener)
+    : parent_(parent), listener_(std::move(listener)) {
+    followTheme();
+}
+
+void FigureControls::followTheme() { parent_.setPalette(paletteOnWhite()); }
 
 QWidget* FigureControls::find(int id) const {
     const auto found = controls_.find(id);

@@ -3,7 +3,8 @@
 
 // The controls in a figure's window: a widget for each item of the figure that
 // is a control, made when the item is first shown. An item knows its text and
-// its state, so what the user changes is told to it.
+// its state, so what the user changes is told to it. Figures are white under
+// any theme, and so a dark one is not for the controls on them.
 
 #include <QtWidgets/QWidget>
 #include <functional>
@@ -25,7 +26,10 @@ public:
     };
 
     /// Widgets are children of `parent` and live no longer.
-    FigureControls(QWidget& parent, Listener listener) : parent_(parent), listener_(std::move(listener)) {}
+    FigureControls(QWidget& parent, Listener listener);
+
+    /// Takes the colours of the theme, which has changed.
+    void followTheme();
 
     /// Shows, moves or changes the widget of an item.
     void show(const PlotableButton& button, const PixelRect& place);

@@ -9,6 +9,7 @@
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QMenu>
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "base/errors.h"
@@ -143,6 +144,9 @@ PlotableButton* FigureWindow::itemOf(int controlId) const {
 
 bool FigureWindow::event(QEvent* event) {
     if (event->type() == QEvent::WindowActivate) makeCurrent();
+    // The screen may be finer than the one before.
+    if (event->type() == QEvent::ScreenChangeInternal) layOut();
+    if (event->type() == QEvent::ApplicationPaletteChange) controls_.followTheme();
     return QWidget::event(event);
 }
 
@@ -158,12 +162,28 @@ void FigureWindow::closeEvent(QCloseEvent* event) {
 
 QSize FigureWindow::clientSize() const { return canvas_->size(); }
 
+int FigureWindow::heightAbove() const {
+    if (!menus_) return 0;
+    const int menus = menus_->heightForWidth(width());
+    // Resolutions are quarters, as a rule.
+    constexpr int mostPixels = 4;
+    for (int above = menus; above < menus + mostPixels; ++above)
+        if (const double dots = above * devicePixelRatioF(); dots == std::floor(dots)) return above;
+    return menus;
+}
+
 void FigureWindow::layOut() {
-    const int above = menus_ ? menus_->heightForWidth(width()) : 0;
+    const int above = heightAbove();
     if (menus_) menus_->setGeometry(0, 0, width(), above);
     canvas_->setGeometry(0, above, std::max(width(), 1), std::max(height() - above, 1));
-    if (picture_ == nullptr || picture_->image().size() == canvas_->size()) return;
-    picture_->resize(canvas_->width(), canvas_->height());
+    fitPicture();
+}
+
+void FigureWindow::fitPicture() {
+    const double resolution = canvas_->devicePixelRatioF();
+    if (picture_ == nullptr) return;
+    if (picture_->size() == canvas_->size() && picture_->resolution() == resolution) return;
+    picture_->resize(canvas_->width(), canvas_->height(), resolution);
     // The new picture has to be filled even while painting is held back.
     const bool wasPaused = std::exchange(figure_->paused, false);
     figure_->resized();
@@ -194,7 +214,7 @@ void FigureWindow::setMenus(const std::vector<Menu>& menus) {
         menus_->show();
     }
     // The client area keeps its size.
-    const int above = menus_ ? menus_->heightForWidth(width()) : 0;
+    const int above = heightAbove();
     resize(client.width(), client.height() + above);
     layOut();
 }
@@ -227,15 +247,30 @@ PixelRect FigureWindow::screenPlace() const {
 void FigureWindow::paintCanvas(QPaintEvent& event) {
     QPainter painter(canvas_);
     if (picture_ == nullptr) return painter.fillRect(event.rect(), Qt::white);
-    painter.drawImage(event.rect(), picture_->image(), event.rect());
+    // A screen that has got another resolution is seen here at the latest.
+    if (picture_->resolution() != canvas_->devicePixelRatioF())
+        QMetaObject::invokeMethod(
+            this, [this] { fitPicture(); }, Qt::QueuedConnection);
+    // Dot for dot.
+    const QRect dots = picture_->dotsOf(event.rect());
+    painter.scale(1 / picture_->resolution(), 1 / picture_->resolution());
+    painter.drawImage(dots.topLeft(), picture_->image(), dots);
     if (event.rect().contains(undrawn_)) undrawn_ = {};
 }
 
 void FigureWindow::expectAllFrames() { framesToCome_ = figure_ != nullptr ? figure_->frameCount() : 0; }
 
+QRect FigureWindow::takeDrawn() {
+    const QRect drawn = picture_->takeChanged();
+    // Where pixels have no whole number of dots, the window library rounds the
+    // edges of what it shows.
+    const bool isWhole = picture_->resolution() == std::floor(picture_->resolution());
+    return isWhole || drawn.isEmpty() ? drawn : drawn.adjusted(-1, -1, 1, 1) & canvas_->rect();
+}
+
 void FigureWindow::showDrawn() {
     if (picture_ == nullptr) return;
-    const QRect drawn = picture_->takeChanged();
+    const QRect drawn = takeDrawn();
     undrawn_ |= drawn;
     canvas_->update(drawn);
     if (framesToCome_ > 0 && --framesToCome_ > 0) return;
@@ -247,7 +282,7 @@ void FigureWindow::showDrawn() {
 }
 
 void FigureWindow::showNow() {
-    if (picture_ != nullptr) undrawn_ |= picture_->takeChanged();
+    if (picture_ != nullptr) undrawn_ |= takeDrawn();
     const QRect now = std::exchange(undrawn_, QRect());
     if (!now.isEmpty()) canvas_->repaint(now);
 }

@@ -73,7 +73,15 @@ protected:
 private:
     class Canvas;
 
+    /// What has been drawn since this was asked last.
+    [[nodiscard]] QRect takeDrawn();
     void layOut();
+    /// Of the menus, and of what is left free for the client area to begin with
+    /// a whole dot.
+    [[nodiscard]] int heightAbove() const;
+    /// Gives the picture the size and the resolution of the client area, and
+    /// draws the figure again if they have changed.
+    void fitPicture();
     void paintCanvas(QPaintEvent& event);
     void mousePressed(const QMouseEvent& event);
     void mouseReleased(const QMouseEvent& event);

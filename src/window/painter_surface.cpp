@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -17,6 +18,9 @@ namespace {
 
 /// A glyph above this is larger than any screen, and takes memory for nothing.
 constexpr int largestFont = 2000;
+
+/// The widest pen in pixels; it covers a figure.
+constexpr int widestPen = 512;
 
 /// Room around the picture in which the middles of wide lines may lie. It is
 /// the same for all usual pens, so that the mask keeps its size.
@@ -40,6 +44,15 @@ QStringList families(Face face) {
 
 std::array<Pixel, 5> corners(const PixelRect& r) {
     return {{{r.left, r.top}, {r.right, r.top}, {r.right, r.bottom}, {r.left, r.bottom}, {r.left, r.top}}};
+}
+
+/// How many pixels are put together, without asking for each where the next is.
+constexpr std::size_t stretch = 64;
+
+/// The first drawn byte of a row of a mask from one on; `count` if there is none.
+std::size_t firstDrawn(const std::uint8_t* row, std::size_t from, std::size_t count) {
+    const void* const found = std::memchr(row + from, 0xFF, count - from);
+    return found != nullptr ? static_cast<std::size_t>(static_cast<const std::uint8_t*>(found) - row) : count;
 }
 
 /// Where a line of text begins on its base line's direction, and how far below
@@ -78,13 +91,29 @@ QFont windowFont(const Font& font) {
     const int height = std::clamp(font.height, 1, largestFont);
     face.setPixelSize(height);
     const int line = QFontMetrics(face).height();
-    face.setPixelSize(std::max(1, static_cast<int>(std::lround(height * static_cast<double>(height) / line))));
+    face.setPixelSize(
+        std::max(1, static_cast<int>(std::lround(height * static_cast<double>(height) / line))));
     return face;
 }
 
-void PainterSurface::resize(int width, int height) {
-    image_ = QImage(std::max(width, 1), std::max(height, 1), QImage::Format_RGB32);
+void PainterSurface::resize(int width, int height, double resolution) {
+    resolution_ = resolution;
+    size_ = {std::max(width, 1), std::max(height, 1)};
+    image_ = QImage(dotsOf(QRect(QPoint(), size_)).size(), QImage::Format_RGB32);
     erase();
+}
+
+QRect PainterSurface::dotsOf(const QRect& pixels) const {
+    return QRectF(pixels.x() * resolution_, pixels.y() * resolution_, pixels.width() * resolution_,
+                  pixels.height() * resolution_)
+        .toAlignedRect();
+}
+
+/// Rectangles that have an edge in common have one in dots; a dot in which two
+/// of them meet belongs to the upper and left one.
+PixelRect PainterSurface::dotsOf(const PixelRect& pixels) const {
+    const auto edge = [this](int pixel) { return static_cast<int>(std::ceil(pixel * resolution_)); };
+    return {edge(pixels.left), edge(pixels.top), edge(pixels.right), edge(pixels.bottom)};
 }
 
 void PainterSurface::erase() {
@@ -92,18 +121,24 @@ void PainterSurface::erase() {
     changed_ = image_.rect();
 }
 
-QRect PainterSurface::takeChanged() { return std::exchange(changed_, QRect()); }
+QRect PainterSurface::takeChanged() {
+    const QRect dots = std::exchange(changed_, QRect());
+    if (dots.isEmpty()) return {};
+    return QRectF(dots.x() / resolution_, dots.y() / resolution_, dots.width() / resolution_,
+                  dots.height() / resolution_)
+        .toAlignedRect();
+}
 
 // ---- Frames and groups --------------------------------------------------------------
 
 void PainterSurface::beginFrame(const FrameOutline& outline) {
     resumeFrame(outline);
-    if (frame_.width() == 0) return;
-    for (int y = frame_.top; y < frame_.bottom; ++y) {
+    if (frameDots_.width() == 0) return;
+    for (int y = frameDots_.top; y < frameDots_.bottom; ++y) {
         auto* const row = reinterpret_cast<QRgb*>(image_.scanLine(y));
-        std::fill(row + frame_.left, row + frame_.right, toRgb(outline.background));
+        std::fill(row + frameDots_.left, row + frameDots_.right, toRgb(outline.background));
     }
-    changed(frame_);
+    changed(frameDots_);
 }
 
 void PainterSurface::endFrame() {
@@ -112,8 +147,9 @@ void PainterSurface::endFrame() {
 }
 
 void PainterSurface::resumeFrame(const FrameOutline& outline) {
-    frame_ = intersection(outline.frame, {0, 0, image_.width(), image_.height()});
-    dataArea_ = intersection(frame_, outline.clip);
+    frame_ = intersection(outline.frame, {0, 0, size_.width(), size_.height()});
+    frameDots_ = dotsOf(frame_);
+    dataDots_ = dotsOf(intersection(frame_, outline.clip));
     clips_ = inLine_ = false;
     style_ = thinBlack;
     fills_ = false;
@@ -124,13 +160,18 @@ void PainterSurface::resumeFrame(const FrameOutline& outline) {
 
 void PainterSurface::setClipping(bool on) { clips_ = on; }
 
-PixelRect PainterSurface::drawnArea() const { return clips_ ? dataArea_ : frame_; }
+PixelRect PainterSurface::drawnArea() const { return clips_ ? dataDots_ : frameDots_; }
 
 void PainterSurface::setPen(const PlotStyle& style, bool fills) {
     style_ = style;
-    style_.width = std::clamp(style.width, 1, PixelMask::maxPen);
+    style_.width = std::clamp(style.width, 1, widestPen);
     fills_ = fills;
-    const int margin = std::max(usualMargin, style_.width);
+    // A pen of an odd width is in the middle of a pixel, one of an even width
+    // on its upper left corner; both begin with a whole pixel.
+    pen_ = std::max(static_cast<int>(std::lround(style_.width * resolution_)), 1);
+    penReach_ = static_cast<int>(style_.width / 2 * resolution_);
+    dashes_ = dashLengths(style_.penStyle, style_.width, resolution_);
+    const int margin = std::max(usualMargin, pen_);
     const PixelRect picture{0, 0, image_.width(), image_.height()};
     lines_.reset({-margin, -margin, picture.right + margin, picture.bottom + margin});
     widened_.reset(picture);
@@ -150,8 +191,8 @@ void PainterSurface::endGroup(GroupEnd) {
 /// it.
 void PainterSurface::finishShape() {
     const PixelMask* lines = &lines_;
-    if (style_.width > 1) {
-        widened_.addWidened(lines_, style_.width);
+    if (pen_ > 1) {
+        widened_.addWidened(lines_, pen_, penReach_);
         lines = &widened_;
     }
     put(filling_, style_.fillColour, lines);
@@ -172,15 +213,20 @@ void PainterSurface::put(const PixelMask& mask, Colour colour, const PixelMask* 
     for (int y = area.top; y < area.bottom; ++y) {
         QRgb* const pixels = reinterpret_cast<QRgb*>(image_.scanLine(y)) + area.left;
         const std::uint8_t* const wanted = mask.row(y) + (area.left - mask.area().left);
-        if (except == nullptr && !style_.xorMode) {
-            for (std::size_t x = 0; x < columns; ++x) pixels[x] = wanted[x] ? pen : pixels[x];
-        } else {
-            const std::uint8_t* const left =
-                except ? except->row(y) + (area.left - except->area().left) : nullptr;
-            for (std::size_t x = 0; x < columns; ++x) {
-                if (!wanted[x] || (left && left[x])) continue;
-                pixels[x] = style_.xorMode ? pixels[x] ^ inverting : pen;
+        const std::uint8_t* const left =
+            except ? except->row(y) + (area.left - except->area().left) : nullptr;
+        // Most of a mask has nothing in it.
+        for (std::size_t begin = firstDrawn(wanted, 0, columns); begin < columns;) {
+            const std::size_t end = std::min(begin + stretch, columns);
+            if (left == nullptr && !style_.xorMode) {
+                for (std::size_t x = begin; x < end; ++x) pixels[x] = wanted[x] ? pen : pixels[x];
+            } else {
+                for (std::size_t x = begin; x < end; ++x) {
+                    if (!wanted[x] || (left && left[x])) continue;
+                    pixels[x] = style_.xorMode ? pixels[x] ^ inverting : pen;
+                }
             }
+            begin = firstDrawn(wanted, end, columns);
         }
     }
     changed(area);
@@ -190,9 +236,7 @@ void PainterSurface::changed(const PixelRect& area) { changed_ |= toQRect(area);
 
 // ---- Lines and fillings ----------------------------------------------------------------
 
-void PainterSurface::outline(std::span<const Pixel> points) {
-    lines_.polyline(points, style_.penStyle, style_.width);
-}
+void PainterSurface::outline(std::span<const Pixel> points) { lines_.polyline(points, dashes_); }
 
 void PainterSurface::polyline(std::span<const Pixel> points) { outline(points); }
 
@@ -211,7 +255,8 @@ void PainterSurface::box(const PixelRect& edges, bool filled) {
 void PainterSurface::bar(const PixelRect& edges) {
     if (edges.width() <= 0 || edges.height() <= 0) return;
     filling_.fillRectangle(edges);
-    outline(corners({edges.left, edges.top, edges.right - 1, edges.bottom - 1}));
+    const int pixel = static_cast<int>(std::lround(resolution_));
+    outline(corners({edges.left, edges.top, edges.right - pixel, edges.bottom - pixel}));
     finishShape();
 }
 
@@ -227,8 +272,8 @@ void PainterSurface::circle(Pixel centre, int radius) {
 const PainterSurface::KnownFont& PainterSurface::known(const Font& font) const {
     Font upright = font;
     upright.angle = 0;
-    const auto found = std::find_if(fonts_.begin(), fonts_.end(),
-                                    [&](const auto& one) { return one->font == upright; });
+    const auto found =
+        std::find_if(fonts_.begin(), fonts_.end(), [&](const auto& one) { return one->font == upright; });
     if (found != fonts_.end()) return **found;
     constexpr std::size_t manyFonts = 64;
     if (fonts_.size() >= manyFonts && runs_.empty()) fonts_.clear();
@@ -252,7 +297,7 @@ FontMetrics PainterSurface::metrics(const Font& font) const {
 /// Only of text that begins at its anchor it is known there where it ends.
 int PainterSurface::rightEdge() const {
     const bool runsRight = group_.anchor == TextAnchor::Start && group_.angle == 0;
-    return runsRight ? image_.width() : std::numeric_limits<int>::max();
+    return runsRight ? size_.width() : std::numeric_limits<int>::max();
 }
 
 void PainterSurface::beginText(const TextGroup& group) { group_ = group; }
@@ -331,16 +376,17 @@ void PainterSurface::endLine() {
     }
     const PixelRect area = drawnArea();
     if (area.width() > 0) {
-        const LinePlace place = placeOf(group_, width, height);
+        const LinePlace start = placeOf(group_, width, height);
         QTransform turn;
         turn.translate(lineStart_.x, lineStart_.y);
         turn.rotate(-group_.angle);
-        turn.translate(std::round(place.along), std::round(place.across));
+        turn.translate(std::round(start.along), std::round(start.across));
         turn *= intoFrame(turn.mapRect(QRectF(0, 0, width, height)));
         // Marks and slanted letters reach beyond the line.
         const QRectF line(-height, -height, width + 2 * height, 3 * height);
-        const QRect visible = turn.mapRect(line).toAlignedRect() & toQRect(area);
-        if (!visible.isEmpty()) paintLine(visible, turn);
+        const QTransform place = turn * QTransform::fromScale(resolution_, resolution_);
+        const QRect visible = place.mapRect(line).toAlignedRect() & toQRect(area);
+        if (!visible.isEmpty()) paintLine(visible, place);
     }
     runs_.clear();
 }
@@ -350,23 +396,33 @@ void PainterSurface::endLine() {
 void PainterSurface::bitmap(Pixel at, const Bitmap& picture, bool transparent) {
     if (picture.width <= 0 || picture.height <= 0) return;
     const PixelRect area = drawnArea();
-    const auto firstIn = [](int low, int from) { return std::max<std::int64_t>(std::int64_t{low} - from, 0); };
-    const auto endIn = [](int high, int from, int size) {
-        return std::min<std::int64_t>(std::int64_t{high} - from, size);
+    const auto firstIn = [](int low, int from) {
+        return std::max<std::int64_t>(std::int64_t{low} - from, 0);
+    };
+    const auto endIn = [this](int high, int from, int size) {
+        const auto whole = static_cast<std::int64_t>(std::ceil(size * resolution_));
+        return std::min(std::int64_t{high} - from, whole);
     };
     const std::int64_t left = firstIn(area.left, at.x), right = endIn(area.right, at.x, picture.width);
     const std::int64_t top = firstIn(area.top, at.y), bottom = endIn(area.bottom, at.y, picture.height);
     if (left >= right || top >= bottom) return;
+    const auto source = [this](std::int64_t dot, int size) {
+        return std::min(static_cast<int>(static_cast<double>(dot) / resolution_), size - 1);
+    };
+    std::vector<int> columns;
+    for (std::int64_t x = left; x < right; ++x) columns.push_back(source(x, picture.width));
     const Colour leftOut = picture.at(0, 0);
     for (std::int64_t y = top; y < bottom; ++y) {
-        auto* const row = reinterpret_cast<QRgb*>(image_.scanLine(static_cast<int>(at.y + y)));
-        for (std::int64_t x = left; x < right; ++x) {
-            const Colour colour = picture.at(static_cast<int>(x), static_cast<int>(y));
-            if (!transparent || colour != leftOut) row[at.x + x] = toRgb(colour);
+        const int line = source(y, picture.height);
+        auto* const row =
+            reinterpret_cast<QRgb*>(image_.scanLine(static_cast<int>(at.y + y))) + (at.x + left);
+        for (std::size_t k = 0; k < columns.size(); ++k) {
+            const Colour colour = picture.at(columns[k], line);
+            if (!transparent || colour != leftOut) row[k] = toRgb(colour);
         }
     }
-    changed_ |= QRect(QPoint(static_cast<int>(at.x + left), static_cast<int>(at.y + top)),
-                      QPoint(static_cast<int>(at.x + right) - 1, static_cast<int>(at.y + bottom) - 1));
+    changed({static_cast<int>(at.x + left), static_cast<int>(at.y + top), static_cast<int>(at.x + right),
+             static_cast<int>(at.y + bottom)});
 }
 
 }  // namespace vorpen

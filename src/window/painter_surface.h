@@ -6,6 +6,11 @@
 // each, without shades at their edges, so that an inverting item disappears
 // without a trace when it is drawn a second time. Text has shades unless it
 // inverts.
+//
+// The picture has as many dots to a pixel of the figure as the screen has. A
+// shape whose places are whole pixels covers the dots of those pixels that it
+// covers at one dot to a pixel; text is laid out in pixels and its letters are
+// drawn in dots.
 
 #include <QtGui/QFont>
 #include <QtGui/QFontMetrics>
@@ -29,14 +34,20 @@ namespace vorpen {
 
 class PainterSurface final : public DrawingSurface {
 public:
-    /// Starts anew with a white picture of another size.
-    void resize(int width, int height);
+    /// Starts anew with a white picture of another size in pixels.
+    void resize(int width, int height, double resolution = 1);
+    /// The size in pixels.
+    [[nodiscard]] QSize size() const { return size_; }
     /// Makes the picture white.
     void erase();
+    /// The dots of the picture.
     [[nodiscard]] const QImage& image() const { return image_; }
-    /// What has been drawn since this was asked last.
+    /// The pixels in which something has been drawn since this was asked last.
     [[nodiscard]] QRect takeChanged();
+    /// The dots that show a rectangle of pixels.
+    [[nodiscard]] QRect dotsOf(const QRect& pixels) const;
 
+    [[nodiscard]] double resolution() const override { return resolution_; }
     void beginFrame(const FrameOutline& outline) override;
     void endFrame() override;
     void resumeFrame(const FrameOutline& outline) override;
@@ -73,6 +84,7 @@ private:
         Colour colour;
     };
 
+    [[nodiscard]] PixelRect dotsOf(const PixelRect& pixels) const;
     [[nodiscard]] PixelRect drawnArea() const;
     void setPen(const PlotStyle& style, bool fills);
     void outline(std::span<const Pixel> points);
@@ -85,10 +97,15 @@ private:
     void paintLine(const QRect& visible, const QTransform& place);
 
     QImage image_;
-    QRect changed_;
-    PixelRect frame_, dataArea_;
+    QSize size_;
+    double resolution_ = 1;
+    QRect changed_;    ///< in dots
+    PixelRect frame_;  ///< in pixels
+    PixelRect frameDots_, dataDots_;
     bool clips_ = false;
     PlotStyle style_;
+    int pen_ = 1, penReach_ = 0;  ///< in dots, as PixelMask has them
+    std::vector<int> dashes_;
     bool fills_ = false;
     PixelMask lines_, widened_, filling_;
     TextGroup group_;

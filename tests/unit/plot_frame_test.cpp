@@ -418,6 +418,20 @@ TEST_F(FrameTest, ACurveWithNewDataInvertsFromThenOn) {
     EXPECT_EQ(view.drawn.take(), "");
 }
 
+TEST_F(FrameTest, ACurveMovesOnAFinerSurfaceAlsoWhenAFileWasWritten) {
+    RecordingView& view = window();
+    view.drawn.dots = 2;
+    const auto id = add<Curve>(std::vector<double>{0, 1}, std::vector<double>{0, 1}, "");
+    frame.replotItem(id, {}, std::vector<double>{1, 0});
+    view.drawn.take();
+    std::string file;
+    figure.writeSvg(file);
+    frame.replotItem(id, {}, std::vector<double>{1, 1});
+    EXPECT_EQ(view.drawn.take(),
+              "resume 0; clip; stroke inverting; line 114,16 1082,690; end; unclip; clip; stroke inverting; "
+              "line 114,16 1082,16; end; unclip; end frame");
+}
+
 TEST_F(FrameTest, APointMovesByBeingDrawnTwice) {
     RecordingView& view = window();
     const auto id = add<SinglePoint>(0, 0, "r|^");

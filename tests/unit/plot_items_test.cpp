@@ -56,6 +56,22 @@ TEST_F(ItemTest, CurveOfALine) {
               "<line x1=\"57\" y1=\"345\" x2=\"541\" y2=\"8\"></line>\n</svg>\n");
 }
 
+TEST_F(ItemTest, ShapesAreInTheDotsOfTheirSurfaceAndTextsInPixels) {
+    const std::string label = drawn(TextLabel(2.52, 5, "ab", "E", ""));
+    const std::string upright = drawn(SinglePoint(2.52, 5, "r!"));
+    surface.dots = 2;
+    // 2.52 is at the pixel 178.97
+    EXPECT_EQ(drawn(Curve({0, 2.52, 10}, {0, 10, 0}, "")),
+              "clip; stroke; line 114,690 357,16 1082,690; end; unclip");
+    EXPECT_EQ(drawn(SinglePoint(0, 0, "r_2")), "clip; stroke; line 110,690 118,690; end bare; unclip");
+    EXPECT_EQ(drawn(SinglePoint(0, 0, "ro3")), "clip; stroke; circle 114,690 6; end bare; unclip");
+    EXPECT_EQ(drawn(TextLabel(2.52, 5, "ab", "E", "")), label);
+    EXPECT_NE(drawn(SinglePoint(2.52, 5, "r!")), upright);
+    surface.dots = 1.5;
+    EXPECT_EQ(drawn(Curve({0, 10}, {0, 10}, "")), "clip; stroke; line 85,517 811,12; end; unclip");
+    EXPECT_EQ(drawn(TextLabel(2.52, 5, "ab", "E", "")), label);
+}
+
 TEST_F(ItemTest, CurveWithMarkersAndFilling) {
     EXPECT_EQ(drawn(Curve({0, 10}, {0, 10}, "r-_2")),
               "clip; stroke; line 57,345 541,8; end; unclip; "

@@ -34,7 +34,7 @@ int countOf(const PixelMask& mask) {
 PixelMask lineOf(const std::vector<Pixel>& points, PenStyle style = PenStyle::Solid, int pen = 1) {
     PixelMask mask;
     mask.reset(area);
-    mask.polyline(points, style, pen);
+    mask.polyline(points, dashLengths(style, pen));
     return mask;
 }
 
@@ -74,8 +74,8 @@ TEST(PixelMask, WhatIsOutsideChangesNothingInside) {
         wide.polyline(ends);
         narrow.polyline(ends);
         const std::array<Pixel, 2> near{{{place(random) / 300, place(random) / 300}, ends[0]}};
-        wide.polyline(near, PenStyle::DashDot, 2);
-        narrow.polyline(near, PenStyle::DashDot, 2);
+        wide.polyline(near, dashLengths(PenStyle::DashDot, 2));
+        narrow.polyline(near, dashLengths(PenStyle::DashDot, 2));
     }
     for (int y = area.top; y < area.bottom; ++y)
         for (int x = area.left; x < area.right; ++x)
@@ -90,8 +90,8 @@ TEST(PixelMask, WildPlacesAreHarmless) {
     const std::vector<Pixel> wild{{low, low}, {high, high}, {low, high}, {high, low}, {4, 4},
                                   {high, 4},  {low, 4},     {4, low},    {4, high},   {low, 0}};
     for (const auto style : {PenStyle::Solid, PenStyle::Dash, PenStyle::Dot, PenStyle::DashDot}) {
-        mask.polyline(wild, style);
-        mask.polyline(wild, style, 512);
+        mask.polyline(wild, dashLengths(style));
+        mask.polyline(wild, dashLengths(style, 512));
     }
     mask.fillPolygon(wild);
     for (const Pixel p : wild)
@@ -130,20 +130,20 @@ TEST(PixelMask, ALongCurveHasThePixelsOfItsLines) {
 TEST(PixelMask, PatternsGoOnFromLineToLine) {
     PixelMask mask;
     mask.reset({0, 0, 60, 1});
-    mask.polyline(std::array<Pixel, 2>{{{0, 0}, {60, 0}}}, PenStyle::Dash);
+    mask.polyline(std::array<Pixel, 2>{{{0, 0}, {60, 0}}}, dashLengths(PenStyle::Dash));
     EXPECT_EQ(shown(mask), "##################......##################......############\n");
     const std::string whole = shown(mask);
     mask.reset({0, 0, 60, 1});
-    mask.polyline(std::array<Pixel, 4>{{{0, 0}, {20, 0}, {21, 0}, {60, 0}}}, PenStyle::Dash);
+    mask.polyline(std::array<Pixel, 4>{{{0, 0}, {20, 0}, {21, 0}, {60, 0}}}, dashLengths(PenStyle::Dash));
     EXPECT_EQ(shown(mask), whole);
     mask.reset({0, 0, 60, 1});
-    mask.polyline(std::array<Pixel, 2>{{{0, 0}, {60, 0}}}, PenStyle::Dot);
+    mask.polyline(std::array<Pixel, 2>{{{0, 0}, {60, 0}}}, dashLengths(PenStyle::Dot));
     EXPECT_EQ(shown(mask), "###...###...###...###...###...###...###...###...###...###...\n");
     mask.reset({0, 0, 60, 1});
-    mask.polyline(std::array<Pixel, 2>{{{0, 0}, {60, 0}}}, PenStyle::DashDot);
+    mask.polyline(std::array<Pixel, 2>{{{0, 0}, {60, 0}}}, dashLengths(PenStyle::DashDot));
     EXPECT_EQ(shown(mask), "#########......###......#########......###......#########...\n");
     mask.reset({0, 0, 24, 1});
-    mask.polyline(std::array<Pixel, 2>{{{0, 0}, {24, 0}}}, PenStyle::Dot, 2);
+    mask.polyline(std::array<Pixel, 2>{{{0, 0}, {24, 0}}}, dashLengths(PenStyle::Dot, 2));
     EXPECT_EQ(shown(mask), "######......######......\n");
 }
 
@@ -181,6 +181,35 @@ TEST(PixelMask, AWidePenIsRound) {
     wide.addWidened(thin, 6);
     // a line above the area reaches into it
     EXPECT_EQ(shown(wide).substr(0, 26), "############\n............\n");
+}
+
+TEST(PixelMask, APenMayReachFurtherToOneSide) {
+    const auto row = [](int pen, int reach) {
+        PixelMask thin, wide;
+        thin.reset({-8, -8, 20, 16});
+        thin.polyline(std::array<Pixel, 2>{{{-8, 4}, {20, 4}}});
+        wide.reset(area);
+        wide.addWidened(thin, pen, reach);
+        std::string rows;
+        for (int y = 0; y < 8; ++y) rows += wide.row(y)[5] ? '#' : '.';
+        EXPECT_EQ(wide.touched().top, 4 - reach);
+        EXPECT_EQ(wide.touched().bottom, 4 - reach + pen);
+        return rows;
+    };
+    EXPECT_EQ(row(2, 0), "....##..");
+    EXPECT_EQ(row(2, 1), "...##...");
+    EXPECT_EQ(row(4, 3), ".####...");
+}
+
+TEST(PixelMask, DashesGrowWithThePenAndTheResolution) {
+    using Lengths = std::vector<int>;
+    EXPECT_EQ(dashLengths(PenStyle::Solid, 3, 2), Lengths{});
+    EXPECT_EQ(dashLengths(PenStyle::Dash), (Lengths{18, 6}));
+    EXPECT_EQ(dashLengths(PenStyle::Dot, 2), (Lengths{6, 6}));
+    // a pen of two pixels adds one to what is drawn
+    EXPECT_EQ(dashLengths(PenStyle::Dot, 1, 2), (Lengths{5, 7}));
+    EXPECT_EQ(dashLengths(PenStyle::DashDot, 1, 1.5), (Lengths{13, 10, 4, 10}));
+    EXPECT_EQ(dashLengths(PenStyle::Dot, 0), (Lengths{3, 3}));
 }
 
 TEST(PixelMask, APolygonIsFilledBetweenItsLines) {

@@ -21,6 +21,7 @@ class RecordingSurface final : public DrawingSurface {
 public:
     std::vector<std::string> calls;
     int edge = std::numeric_limits<int>::max();
+    double dots = 1;  ///< to a pixel
 
     /// The calls as one text, and forgets them.
     std::string take() {
@@ -30,6 +31,7 @@ public:
         return all;
     }
 
+    [[nodiscard]] double resolution() const override { return dots; }
     void beginFrame(const FrameOutline& outline) override { add("frame " + std::to_string(outline.index)); }
     void endFrame() override { add("end frame"); }
     void resumeFrame(const FrameOutline& outline) override { add("resume " + std::to_string(outline.index)); }
