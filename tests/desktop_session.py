@@ -4,6 +4,7 @@
 usage: desktop_session.py PROGRAM [options of unittest]
 """
 import os
+import signal
 
 import program_on_desktop
 import desktop_harness
@@ -26,6 +27,18 @@ class Session(program_on_desktop.ProgramTest):
         self.assertEqual(self.tell('kept'), '42')
         self.assertEqual(self.end(), 0)
         self.assertEqual(self.value_of('kept'), '42')
+
+    def test_lines_typed_before_the_window_is_closed_run(self):
+        self.start()
+        self.tell('1')
+        # All of it comes at once, as on a machine that is slow for a moment.
+        self.program.send_signal(signal.SIGSTOP)
+        self.type('kept=1;')
+        self.type('kept=kept+1;')
+        self.desktop.keys('alt+F4')
+        self.program.send_signal(signal.SIGCONT)
+        self.assertEqual(self.desktop.wait_for_end(self.program), 0)
+        self.assertEqual(self.value_of('kept'), '2')
 
     def test_waits_end_with_the_window(self):
         self.start()

@@ -18,7 +18,6 @@ struct ScreenPlace {
 inline constexpr ScreenPlace primaryPlace{100, 30}, secondaryPlace{120, 50};
 
 inline constexpr int stripHeight = 24;
-inline constexpr int stripFrameHeight = 26;
 inline constexpr Rectangle directoryBoxPlace{81, 0, 310, 400};  ///< the height with its list open
 inline constexpr Rectangle execButtonPlace{392, 1, 70, 22};
 inline constexpr Rectangle againButtonPlace{462, 1, 70, 22};

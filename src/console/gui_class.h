@@ -154,6 +154,8 @@ public:
     [[nodiscard]] bool isRunning() const { return isRunning_; }
     /// Nothing can be started: a line is on its way, or something runs.
     [[nodiscard]] bool isBusy() const { return isRunning_ || linePosted_ || turns_.isComputing; }
+    /// A line that was typed is about to run, and nothing stands in its way.
+    [[nodiscard]] bool isLineNext() const { return linePosted_ && !isRunning_ && !turns_.isComputing; }
     /// What runs reads keys itself.
     [[nodiscard]] bool isReading() const { return reading_ != Reading::nothing; }
 

@@ -167,6 +167,13 @@ void ConsoleWindow::showAbout() {
 // ---- events
 
 void ConsoleWindow::closeEvent(QCloseEvent* event) {
+    if (console_->isLineNext()) {
+        // On a machine that was slow for a moment, closing comes with the keys
+        // before it: their lines still run.
+        event->ignore();
+        QMetaObject::invokeMethod(this, [this] { close(); }, Qt::QueuedConnection);
+        return;
+    }
     // With the primary one the program ends, whatever runs elsewhere.
     const bool mustWait = isSecondary_ ? console_->isRunning() : desktop_.runningConsole() != nullptr;
     if (!mustWait) {
