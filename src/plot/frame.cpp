@@ -38,6 +38,15 @@ LinearMap mapOnto(const AxisLimits& limits, int first, int last) {
     return {(last - first) / range, (first * limits.max - last * limits.min) / range};
 }
 
+/// All points through two maps; `out` has a place for each, and `dot` makes a
+/// number of pixels a dot.
+template <class Dot>
+void mapPoints(std::span<const double> x, std::span<const double> y, std::span<Pixel> out, LinearMap mapX,
+               LinearMap mapY, Dot dot) {
+    for (std::size_t k = 0; k < out.size(); ++k)
+        out[k] = {dot(x[k] * mapX.scale + mapX.offset), dot(y[k] * mapY.scale + mapY.offset)};
+}
+
 void makePositive(double& min, double& max) {
     if (!(max > 0)) max = 1e-10;
     if (!(min > 0)) min = max / 1e10;
@@ -119,16 +128,13 @@ double Frame::scaledY(double y) const { return scaled(yScale, y, limits_.ymin); 
 void Frame::toPixels(std::span<const double> x, std::span<const double> y, std::vector<Pixel>& out,
                      double resolution) const {
     out.resize(std::min(x.size(), y.size()));
-    const auto mapAll = [&](auto dot) {
-        const double scaleX = scaleX_, offsetX = offsetX_, scaleY = scaleY_, offsetY = offsetY_;
-        for (std::size_t k = 0; k < out.size(); ++k)
-            out[k] = {dot(x[k] * scaleX + offsetX), dot(y[k] * scaleY + offsetY)};
-    };
     if (xScale.linear && yScale.linear) {
-        if (resolution == 1)
-            mapAll([](double p) { return toPixel(p); });
-        else
-            mapAll([resolution](double p) { return toPixel(p, resolution); });
+        const double low = minPixel * resolution, high = maxPixel * resolution;
+        mapPoints(x, y, out, {scaleX_, offsetX_}, {scaleY_, offsetY_}, [=](double p) {
+            p *= resolution;
+            p = p > low ? p : low;
+            return static_cast<int>(p < high ? p : high);
+        });
     } else {
         for (std::size_t k = 0; k < out.size(); ++k) out[k] = pixel(x[k], y[k], resolution);
     }
