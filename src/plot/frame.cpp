@@ -38,15 +38,6 @@ LinearMap mapOnto(const AxisLimits& limits, int first, int last) {
     return {(last - first) / range, (first * limits.max - last * limits.min) / range};
 }
 
-/// All points through two maps; `out` has a place for each, and `dot` makes a
-/// number of pixels a dot.
-template <class Dot>
-void mapPoints(std::span<const double> x, std::span<const double> y, std::span<Pixel> out, LinearMap mapX,
-               LinearMap mapY, Dot dot) {
-    for (std::size_t k = 0; k < out.size(); ++k)
-        out[k] = {dot(x[k] * mapX.scale + mapX.offset), dot(y[k] * mapY.scale + mapY.offset)};
-}
-
 void makePositive(double& min, double& max) {
     if (!(max > 0)) max = 1e-10;
     if (!(min > 0)) min = max / 1e10;
@@ -129,12 +120,17 @@ void Frame::toPixels(std::span<const double> x, std::span<const double> y, std::
                      double resolution) const {
     out.resize(std::min(x.size(), y.size()));
     if (xScale.linear && yScale.linear) {
+        // All local, so that storing a point is seen to change none of them.
+        const LinearMap mapX{scaleX_, offsetX_}, mapY{scaleY_, offsetY_};
         const double low = minPixel * resolution, high = maxPixel * resolution;
-        mapPoints(x, y, out, {scaleX_, offsetX_}, {scaleY_, offsetY_}, [=](double p) {
+        const auto dot = [=](double p) {
             p *= resolution;
             p = p > low ? p : low;
             return static_cast<int>(p < high ? p : high);
-        });
+        };
+        const std::span<Pixel> dots = out;
+        for (std::size_t k = 0; k < dots.size(); ++k)
+            dots[k] = {dot(x[k] * mapX.scale + mapX.offset), dot(y[k] * mapY.scale + mapY.offset)};
     } else {
         for (std::size_t k = 0; k < out.size(); ++k) out[k] = pixel(x[k], y[k], resolution);
     }
