@@ -119,16 +119,18 @@ double Frame::scaledY(double y) const { return scaled(yScale, y, limits_.ymin); 
 void Frame::toPixels(std::span<const double> x, std::span<const double> y, std::vector<Pixel>& out,
                      double resolution) const {
     out.resize(std::min(x.size(), y.size()));
-    const auto mapAll = [&](auto dot) {
-        const double scaleX = scaleX_, offsetX = offsetX_, scaleY = scaleY_, offsetY = offsetY_;
-        for (std::size_t k = 0; k < out.size(); ++k)
-            out[k] = {dot(x[k] * scaleX + offsetX), dot(y[k] * scaleY + offsetY)};
-    };
     if (xScale.linear && yScale.linear) {
-        if (resolution == 1)
-            mapAll([](double p) { return toPixel(p); });
-        else
-            mapAll([resolution](double p) { return toPixel(p, resolution); });
+        // All local, so that storing a point is seen to change none of them.
+        const LinearMap mapX{scaleX_, offsetX_}, mapY{scaleY_, offsetY_};
+        const double low = minPixel * resolution, high = maxPixel * resolution;
+        const auto dot = [=](double p) {
+            p *= resolution;
+            p = p > low ? p : low;
+            return static_cast<int>(p < high ? p : high);
+        };
+        const std::span<Pixel> dots = out;
+        for (std::size_t k = 0; k < dots.size(); ++k)
+            dots[k] = {dot(x[k] * mapX.scale + mapX.offset), dot(y[k] * mapY.scale + mapY.offset)};
     } else {
         for (std::size_t k = 0; k < out.size(); ++k) out[k] = pixel(x[k], y[k], resolution);
     }
