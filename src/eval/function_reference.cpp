@@ -42,9 +42,8 @@ bool callOnFrame(UserFunc& function, std::span<const Outcome> inputs, double& re
         if (inputs[i].mark() != FORM_NUMERIC) return false;
         frame[i] = inputs[i].number;
     }
-    const NumberNode::Answer answer = function.callNumberFunction(*onNumbers, frame);
-    result = answer.number;
-    return answer.known;
+    result = function.callNumberFunction(*onNumbers, frame);
+    return !NotKnown::take();
 }
 
 /// An empty value of a kind, read only and shared.

@@ -22,9 +22,8 @@ class StoreNode final : public NumberStatement {
 public:
     StoreNode(int slot, NodePtr value) : slot_(slot), value_(std::move(value)) {}
     Flow exe(double* frame) const override {
-        const NumberNode::Answer answer = value_->number(frame);
-        frame[slot_] = answer.number;
-        return answer.known ? flow : Flow::unknown;
+        frame[slot_] = value_->number(frame);
+        return NotKnown::isNoted() ? Flow::notKnown : flow;
     }
     NodePtr takeReturned() override { return flow == Flow::done ? std::move(value_) : nullptr; }
 
@@ -51,25 +50,19 @@ private:
     std::vector<NumberStatementPtr> statements_;
 };
 
-enum class Truth : unsigned char { no, yes, unknown };
-
 template <class Compare, class L, class R>
 struct Comparison {
     L left;
     R right;
-    [[nodiscard]] Truth test(const double* frame) const {
-        double a, b;
-        if (!left.read(frame, a) || !right.read(frame, b)) return Truth::unknown;
-        return Truth{Compare{}(a, b)};
+    [[nodiscard]] bool test(const double* frame) const {
+        const double a = left.read(frame);
+        return Compare{}(a, right.read(frame));
     }
 };
 
 struct NumberTruth {
     NodePtr number;
-    [[nodiscard]] Truth test(const double* frame) const {
-        const NumberNode::Answer answer = number->number(frame);
-        return answer.known ? Truth{isTrue(answer.number)} : Truth::unknown;
-    }
+    [[nodiscard]] bool test(const double* frame) const { return isTrue(number->number(frame)); }
 };
 
 /// A condition with a branch for each truth; either may be missing.
@@ -79,9 +72,9 @@ public:
     ChoiceNode(Condition condition, NumberStatementPtr yes, NumberStatementPtr no)
         : condition_(std::move(condition)), branches_{std::move(no), std::move(yes)} {}
     Flow exe(double* frame) const override {
-        const Truth truth = condition_.test(frame);
-        if (truth == Truth::unknown) return Flow::unknown;
-        const NumberStatement* branch = branches_[static_cast<int>(truth)].get();
+        const bool truth = condition_.test(frame);
+        if (NotKnown::isNoted()) return Flow::notKnown;
+        const NumberStatement* branch = branches_[truth].get();
         return branch ? branch->exe(frame) : Flow::next;
     }
 

@@ -25,32 +25,25 @@ class ComparatorElement;
 
 struct VariableOperand {
     const DoubleValue* variable;
-    bool read(const double*, double& x) const { return readNumber(*variable, x); }
+    double read(const double*) const {
+        double x;
+        return readNumber(*variable, x) ? x : NotKnown::note();
+    }
 };
 
 struct SlotOperand {
     int slot;
-    bool read(const double* frame, double& x) const {
-        x = frame[slot];
-        return true;
-    }
+    double read(const double* frame) const { return frame[slot]; }
 };
 
 struct ConstantOperand {
     double constant;
-    bool read(const double*, double& x) const {
-        x = constant;
-        return true;
-    }
+    double read(const double*) const { return constant; }
 };
 
 struct NodeOperand {
     std::unique_ptr<NumberNode> node;
-    bool read(const double* frame, double& x) const {
-        const NumberNode::Answer answer = node->number(frame);
-        x = answer.number;
-        return answer.known;
-    }
+    double read(const double* frame) const { return node->number(frame); }
 };
 
 using LaneOperand = std::variant<VariableOperand, SlotOperand, ConstantOperand, NodeOperand>;

@@ -41,10 +41,9 @@ template <class Operator, class L, class R>
 class BinaryNode final : public NumberNode {
 public:
     BinaryNode(Operator op, L left, R right) : op_(op), left_(std::move(left)), right_(std::move(right)) {}
-    Answer number(const double* frame) const override {
-        double a, b;
-        if (!left_.read(frame, a) || !right_.read(frame, b)) return unknown;
-        return {op_.apply(a, b), true};
+    double number(const double* frame) const override {
+        const double left = left_.read(frame);
+        return op_.apply(left, right_.read(frame));
     }
 
 private:
@@ -57,11 +56,7 @@ template <class Inner>
 class NegationNode final : public NumberNode {
 public:
     explicit NegationNode(Inner inner) : inner_(std::move(inner)) {}
-    Answer number(const double* frame) const override {
-        double x;
-        if (!inner_.read(frame, x)) return unknown;
-        return {-x, true};
-    }
+    double number(const double* frame) const override { return -inner_.read(frame); }
 
 private:
     Inner inner_;
@@ -71,11 +66,7 @@ template <class Inner>
 class FunctionNode final : public NumberNode {
 public:
     FunctionNode(RealBody body, Inner inner) : body_(body), inner_(std::move(inner)) {}
-    Answer number(const double* frame) const override {
-        double x;
-        if (!inner_.read(frame, x)) return unknown;
-        return {body_(x), true};
-    }
+    double number(const double* frame) const override { return body_(inner_.read(frame)); }
 
 private:
     RealBody body_;
@@ -88,8 +79,9 @@ struct IndexOperand {
     Inner inner;
     const Value* marked;
 
-    bool read(const double* frame, double& k) const {
-        return inner.read(frame, k) && (!marked || (marked->mark() & 15) == FORM_NUMERIC);
+    double read(const double* frame) const {
+        if (marked && marked->form() != FORM_NUMERIC) return NotKnown::note();
+        return inner.read(frame);
     }
 };
 
@@ -98,11 +90,11 @@ class ElementNode final : public NumberNode {
 public:
     ElementNode(const DoubleValue& target, int irc, Index index)
         : target_(target), elementsOnly_(irc == INDEX_ELEMENT), index_(std::move(index)) {}
-    Answer number(const double* frame) const override {
-        double k;
-        if (!index_.read(frame, k) || !isIndexWithin(k, target_.size())) return unknown;
-        if (target_.form() == FORM_3D || !(elementsOnly_ || target_.isVector())) return unknown;
-        return {target_[static_cast<int>(k) - 1], true};
+    double number(const double* frame) const override {
+        const double k = index_.read(frame);
+        if (!isIndexWithin(k, target_.size())) return NotKnown::note();
+        if (target_.form() == FORM_3D || !(elementsOnly_ || target_.isVector())) return NotKnown::note();
+        return target_[truncatedIndex(k) - 1];
     }
 
 private:
@@ -116,12 +108,11 @@ class MatrixElementNode final : public NumberNode {
 public:
     MatrixElementNode(const DoubleValue& target, Row row, Column column)
         : target_(target), row_(std::move(row)), column_(std::move(column)) {}
-    Answer number(const double* frame) const override {
-        double r, c;
-        if (!row_.read(frame, r) || !column_.read(frame, c) || target_.form() >= FORM_KEY) return unknown;
-        const int at = elementPosition(target_, r, c);
-        if (at < 0) return unknown;
-        return {target_[at], true};
+    double number(const double* frame) const override {
+        const double row = row_.read(frame);
+        const int at = elementPosition(target_, row, column_.read(frame));
+        if (at < 0 || target_.form() >= FORM_KEY) return NotKnown::note();
+        return target_[at];
     }
 
 private:
@@ -133,8 +124,9 @@ private:
 /// A variable that must have the mark 0.
 struct UnmarkedVariable {
     const DoubleValue* variable;
-    bool read(const double*, double& x) const {
-        return readNumber(*variable, x) && variable->mark() == FORM_NUMERIC;
+    double read(const double*) const {
+        double x;
+        return readNumber(*variable, x) && variable->mark() == FORM_NUMERIC ? x : NotKnown::note();
     }
 };
 
@@ -149,13 +141,14 @@ class CallNode final : public NumberNode {
 public:
     explicit CallNode(const UserCallElement& call, Arguments... arguments)
         : call_(call), arguments_(std::move(arguments)...) {}
-    Answer number(const double* frame) const override {
+    double number(const double* frame) const override {
         const NumberFunction* function = call_.numberFunction();
-        if (!function) return unknown;
+        if (!function) return NotKnown::note();
         double values[FrameSlots::maxSlots];
         double* next = values;
-        const auto readAll = [&](const Arguments&... each) { return (each.read(frame, *next++) && ...); };
-        if (!std::apply(readAll, arguments_)) return unknown;
+        std::apply([&](const Arguments&... each) { ((*next++ = each.read(frame)), ...); }, arguments_);
+        if (NotKnown::isNoted()) [[unlikely]]
+            return 0;
         return call_.function().callNumberFunction(*function, values);
     }
 
@@ -169,8 +162,8 @@ class UnmarkedNode final : public NumberNode {
 public:
     UnmarkedNode(std::unique_ptr<NumberNode> inner, const Value& marked)
         : inner_(std::move(inner)), marked_(marked) {}
-    Answer number(const double* frame) const override {
-        return marked_.mark() == FORM_NUMERIC ? inner_->number(frame) : unknown;
+    double number(const double* frame) const override {
+        return marked_.mark() == FORM_NUMERIC ? inner_->number(frame) : NotKnown::note();
     }
 
 private:
@@ -182,7 +175,7 @@ private:
 class LengthNode final : public NumberNode {
 public:
     explicit LengthNode(const EndIndexElement& end) : end_(end) {}
-    Answer number(const double*) const override { return {static_cast<double>(end_.value()), true}; }
+    double number(const double*) const override { return end_.value(); }
 
 private:
     const EndIndexElement& end_;
@@ -193,11 +186,7 @@ template <class Inner>
 class LeafNode final : public NumberNode {
 public:
     explicit LeafNode(Inner inner) : inner_(inner) {}
-    Answer number(const double* frame) const override {
-        double x;
-        if (!inner_.read(frame, x)) return unknown;
-        return {x, true};
-    }
+    double number(const double* frame) const override { return inner_.read(frame); }
 
 private:
     Inner inner_;
