@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "eval/number_function.h"
 
-#include <functional>
-
 #include "eval/assignment.h"
 #include "eval/control_flow.h"
-#include "eval/number_lane.h"
+#include "eval/number_condition.h"
 #include "eval/return_statement.h"
 #include "eval/user_func.h"
 
@@ -50,21 +48,6 @@ private:
     std::vector<NumberStatementPtr> statements_;
 };
 
-template <class Compare, class L, class R>
-struct Comparison {
-    L left;
-    R right;
-    [[nodiscard]] bool test(const double* frame) const {
-        const double a = left.read(frame);
-        return Compare{}(a, right.read(frame));
-    }
-};
-
-struct NumberTruth {
-    NodePtr number;
-    [[nodiscard]] bool test(const double* frame) const { return isTrue(number->number(frame)); }
-};
-
 /// A condition with a branch for each truth; either may be missing.
 template <class Condition>
 class ChoiceNode final : public NumberStatement {
@@ -73,7 +56,7 @@ public:
         : condition_(std::move(condition)), branches_{std::move(no), std::move(yes)} {}
     Flow exe(double* frame) const override {
         const bool truth = condition_.test(frame);
-        if (NotKnown::isNoted()) return Flow::notKnown;
+        if (!Condition::isCertain && NotKnown::isNoted()) return Flow::notKnown;
         const NumberStatement* branch = branches_[truth].get();
         return branch ? branch->exe(frame) : Flow::next;
     }
@@ -122,36 +105,9 @@ private:
 
     NumberStatementPtr buildChoice(Statement& choice, Statement* yes, Statement* no) {
         // The condition comes first, with what has its value by then.
-        auto* comparison = dynamic_cast<ComparatorElement*>(choice.expression());
-        if (!comparison) {
-            auto number = LaneBuilder(&slots_).build(*choice.expression());
-            return number ? withBranches(NumberTruth{nodeOf(std::move(*number))}, yes, no) : nullptr;
-        }
-        if (comparison->isChain()) return nullptr;
-        const LaneBuilder lane(&slots_);
-        auto left = lane.build(comparison->left()), right = lane.build(comparison->right());
-        if (!left || !right) return nullptr;
-        return std::visit(
-            [&](auto& l, auto& r) {
-                return buildComparison(comparison->accepted(), std::move(l), std::move(r), yes, no);
-            },
-            left->operand, right->operand);
-    }
-
-    template <class L, class R>
-    NumberStatementPtr buildComparison(unsigned accepted, L left, R right, Statement* yes, Statement* no) {
-        const auto with = [&](auto compare) {
-            using Condition = Comparison<decltype(compare), L, R>;
-            return withBranches(Condition{std::move(left), std::move(right)}, yes, no);
-        };
-        switch (accepted) {
-            case ORDER_LESS: return with(std::less<double>());
-            case ORDER_LESS | ORDER_EQUAL: return with(std::less_equal<double>());
-            case ORDER_EQUAL: return with(std::equal_to<double>());
-            case ORDER_GREATER: return with(std::greater<double>());
-            case ORDER_GREATER | ORDER_EQUAL: return with(std::greater_equal<double>());
-            default: return with(std::not_equal_to<double>());
-        }
+        return makeCondition(LaneBuilder(slots_), *choice.expression(), [&](auto condition) {
+            return withBranches(std::move(condition), yes, no);
+        });
     }
 
     template <class Condition>
@@ -185,7 +141,7 @@ private:
             return result;
         }
         if (!statement.operatorCode() || !isAssigned(slot)) return nullptr;
-        auto number = LaneBuilder(&slots_).build(*statement.expression());
+        auto number = LaneBuilder(slots_).build(*statement.expression());
         if (!number) return nullptr;
         auto node = joinNumbers(*statement.operatorCode(), SlotOperand{slot}, std::move(number->operand));
         return std::make_unique<StoreNode<Flow::next>>(slot, std::move(node));
@@ -193,7 +149,7 @@ private:
 
     template <Flow flow>
     NumberStatementPtr buildStore(int slot, Evaluatable& expression) {
-        auto number = LaneBuilder(&slots_).build(expression);
+        auto number = LaneBuilder(slots_).build(expression);
         NodePtr node = number ? unmarkedNodeOf(std::move(*number)) : nullptr;
         return node ? std::make_unique<StoreNode<flow>>(slot, std::move(node)) : nullptr;
     }

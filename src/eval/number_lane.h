@@ -6,7 +6,8 @@
 //
 // Within the body of a function that runs on numbers alone (number_function.h)
 // the locals are slots of a frame, and a node is handed that frame. Everywhere
-// else there is no frame.
+// else there is no frame. Within a loop that runs on numbers (number_loop.h) the
+// variables are held: a node reads their elements without a look at them.
 
 #include <optional>
 #include <span>
@@ -23,7 +24,10 @@ namespace vorpen {
 class UserCallElement;
 class ComparatorElement;
 
+// An operand that is certain never notes that it is not known.
+
 struct VariableOperand {
+    static constexpr bool isCertain = false;
     const DoubleValue* variable;
     double read(const double*) const {
         double x;
@@ -32,21 +36,31 @@ struct VariableOperand {
 };
 
 struct SlotOperand {
+    static constexpr bool isCertain = true;
     int slot;
     double read(const double* frame) const { return frame[slot]; }
 };
 
+/// A variable that a loop holds.
+struct HeldOperand {
+    static constexpr bool isCertain = true;
+    const double* element;
+    double read(const double*) const { return *element; }
+};
+
 struct ConstantOperand {
+    static constexpr bool isCertain = true;
     double constant;
     double read(const double*) const { return constant; }
 };
 
 struct NodeOperand {
+    static constexpr bool isCertain = false;
     std::unique_ptr<NumberNode> node;
     double read(const double* frame) const { return node->number(frame); }
 };
 
-using LaneOperand = std::variant<VariableOperand, SlotOperand, ConstantOperand, NodeOperand>;
+using LaneOperand = std::variant<VariableOperand, SlotOperand, HeldOperand, ConstantOperand, NodeOperand>;
 
 /// An operand with whatever carries its mark: a variable, or nothing where the
 /// mark is constant.
@@ -75,10 +89,61 @@ private:
     int count_ = 0;
 };
 
+/// What a loop takes for granted of variables while it runs on numbers: each
+/// holds one number, or is an array whose elements alone change. None has a
+/// mark.
+class Hold {
+public:
+    /// Holds a variable as a number, and answers where it stands; null when it
+    /// is none now.
+    [[nodiscard]] const double* holdNumber(const DoubleValue& variable);
+    /// Holds a variable as an array; false when it cannot be one. In a vector
+    /// one index means an element.
+    [[nodiscard]] bool holdArray(const DoubleValue& variable, bool isVector);
+    /// True while all that is still so.
+    [[nodiscard]] bool isKept() const;
+
+private:
+    struct Number {
+        const DoubleValue* variable;
+        const double* element;
+        [[nodiscard]] bool isKept() const;
+    };
+    struct Array {
+        const DoubleValue* variable;
+        bool isVector;
+        [[nodiscard]] bool isKept() const;
+    };
+
+    std::vector<Number> numbers_;
+    std::vector<Array> arrays_;
+};
+
+/// A number that has no mark, as a parameter or an index must be; a truth value
+/// as an index would be a mask.
+struct UnmarkedVariable {
+    static constexpr bool isCertain = false;
+    const DoubleValue* variable;
+    double read(const double*) const {
+        double x;
+        return readNumber(*variable, x) && variable->mark() == FORM_NUMERIC ? x : NotKnown::note();
+    }
+};
+
+using UnmarkedOperand = std::variant<UnmarkedVariable, SlotOperand, HeldOperand, ConstantOperand, NodeOperand>;
+
+/// Nothing for a number that never has the mark 0.
+std::optional<UnmarkedOperand> unmarkedOperandOf(LaneNumber number);
+
 class LaneBuilder {
 public:
-    /// Outside functions there are no slots.
-    explicit LaneBuilder(const FrameSlots* slots = nullptr) : slots_(slots) {}
+    /// For an expression anywhere.
+    LaneBuilder() = default;
+    /// For the body of a function.
+    explicit LaneBuilder(const FrameSlots& slots) : slots_(&slots) {}
+    /// For the body of a loop: what is built takes for granted what is held
+    /// from then on.
+    explicit LaneBuilder(Hold& hold) : hold_(&hold) {}
 
     /// Nothing where the element may have an effect, or asks for more than
     /// numbers.
@@ -87,20 +152,26 @@ public:
     /// The operands from `next` on as far as the "," or ";" that joins them to others, or the end.
     [[nodiscard]] std::optional<LaneNumber> buildPiece(const ExpressionItems& items, std::size_t& next) const;
 
+    /// An index, behind the truncation that the front end puts around it.
+    [[nodiscard]] std::optional<UnmarkedOperand> buildIndex(Evaluatable& index) const;
+
 private:
     [[nodiscard]] std::optional<LaneNumber> buildVariable(const ValueElement& element) const;
     [[nodiscard]] std::optional<LaneNumber> buildFunction(const SimpleFuncElement& element) const;
     [[nodiscard]] std::optional<LaneNumber> buildNegation(const UnaryOpElement& element) const;
     [[nodiscard]] std::optional<LaneNumber> buildLevel(const ExpressionItems& items, std::size_t& next,
                                                        int level) const;
-    [[nodiscard]] std::optional<LaneNumber> buildIndex(Evaluatable& index) const;
     [[nodiscard]] std::optional<LaneNumber> buildElement(const IndexedElementSingle& element) const;
     [[nodiscard]] std::optional<LaneNumber> buildFixedElement(const ConstIndexElement& element) const;
     [[nodiscard]] std::optional<LaneNumber> buildMatrixElement(const IndexedElementDouble& element) const;
     [[nodiscard]] std::optional<LaneNumber> buildCall(UserCallElement& element) const;
+    template <class MakeNode>
+    [[nodiscard]] std::optional<LaneNumber> elementOf(const DoubleValue& target, bool isVector,
+                                                      const MakeNode& makeNode) const;
     [[nodiscard]] const DoubleValue* arrayTarget(const Value* target) const;
 
-    const FrameSlots* slots_;
+    const FrameSlots* slots_ = nullptr;
+    Hold* hold_ = nullptr;
 };
 
 /// A number as a node of its own.

@@ -73,19 +73,8 @@ private:
     Inner inner_;
 };
 
-/// A number in the place of an index; a truth value would be a mask.
-template <class Inner>
-struct IndexOperand {
-    Inner inner;
-    const Value* marked;
-
-    double read(const double* frame) const {
-        if (marked && marked->form() != FORM_NUMERIC) return NotKnown::note();
-        return inner.read(frame);
-    }
-};
-
-template <class Index>
+/// An element of an array that is held, or else of any variable.
+template <bool isHeld, class Index>
 class ElementNode final : public NumberNode {
 public:
     ElementNode(const DoubleValue& target, int irc, Index index)
@@ -93,7 +82,8 @@ public:
     double number(const double* frame) const override {
         const double k = index_.read(frame);
         if (!isIndexWithin(k, target_.size())) return NotKnown::note();
-        if (target_.form() == FORM_3D || !(elementsOnly_ || target_.isVector())) return NotKnown::note();
+        if (!isHeld && (target_.form() == FORM_3D || !(elementsOnly_ || target_.isVector())))
+            return NotKnown::note();
         return target_[truncatedIndex(k) - 1];
     }
 
@@ -103,16 +93,16 @@ private:
     Index index_;
 };
 
-template <class Row, class Column>
+template <bool isHeld, class Row, class Column>
 class MatrixElementNode final : public NumberNode {
 public:
     MatrixElementNode(const DoubleValue& target, Row row, Column column)
         : target_(target), row_(std::move(row)), column_(std::move(column)) {}
     double number(const double* frame) const override {
         const double row = row_.read(frame);
-        const int at = elementPosition(target_, row, column_.read(frame));
-        if (at < 0 || target_.form() >= FORM_KEY) return NotKnown::note();
-        return target_[at];
+        const std::int64_t at = elementPosition(target_, row, column_.read(frame));
+        if (at < 0 || (!isHeld && target_.form() >= FORM_KEY)) return NotKnown::note();
+        return target_.data()[at];
     }
 
 private:
@@ -120,19 +110,6 @@ private:
     Row row_;
     Column column_;
 };
-
-/// A variable that must have the mark 0.
-struct UnmarkedVariable {
-    const DoubleValue* variable;
-    double read(const double*) const {
-        double x;
-        return readNumber(*variable, x) && variable->mark() == FORM_NUMERIC ? x : NotKnown::note();
-    }
-};
-
-/// An argument of a call: a number without a mark, for which the frame of the
-/// function has no place.
-using Argument = std::variant<UnmarkedVariable, SlotOperand, ConstantOperand, NodeOperand>;
 
 /// A call of a user function. A function without a form for numbers never
 /// answers.
@@ -222,23 +199,12 @@ void wrap(LaneNumber& number, Fixed... fixed) {
         number.operand);
 }
 
-/// Nothing for a number that never has the mark 0.
-std::optional<Argument> argumentOf(std::optional<LaneNumber> number) {
-    if (!number) return std::nullopt;
-    if (auto* variable = std::get_if<VariableOperand>(&number->operand)) return UnmarkedVariable{variable->variable};
-    if (number->marked) return NodeOperand{unmarkedNodeOf(std::move(*number))};
-    if (number->constantMark != FORM_NUMERIC) return std::nullopt;
-    if (auto* slot = std::get_if<SlotOperand>(&number->operand)) return *slot;
-    if (auto* constant = std::get_if<ConstantOperand>(&number->operand)) return *constant;
-    return std::move(std::get<NodeOperand>(number->operand));
-}
-
 /// The kinds of one or two arguments are known to the node; those of more are not.
-std::unique_ptr<NumberNode> makeCall(const UserCallElement& call, std::vector<Argument> arguments) {
+std::unique_ptr<NumberNode> makeCall(const UserCallElement& call, std::vector<UnmarkedOperand> arguments) {
     const auto node = [&call](auto&... each) -> std::unique_ptr<NumberNode> {
         return std::make_unique<CallNode<std::remove_reference_t<decltype(each)>...>>(call, std::move(each)...);
     };
-    const auto asNode = [](Argument& argument) {
+    const auto asNode = [](UnmarkedOperand& argument) {
         return std::visit([](auto& inner) { return NodeOperand{nodeAround(std::move(inner))}; }, argument);
     };
     std::vector<NodeOperand> nodes;
@@ -251,11 +217,6 @@ std::unique_ptr<NumberNode> makeCall(const UserCallElement& call, std::vector<Ar
         default: return nullptr;
     }
     return nodes.size() == 3 ? node(nodes[0], nodes[1], nodes[2]) : node(nodes[0], nodes[1], nodes[2], nodes[3]);
-}
-
-template <class Inner>
-IndexOperand<Inner> asIndex(Inner& inner, const LaneNumber& number) {
-    return {std::move(inner), number.marked};
 }
 
 }  // namespace
@@ -272,6 +233,16 @@ std::unique_ptr<NumberNode> unmarkedNodeOf(LaneNumber number) {
     if (auto* variable = std::get_if<VariableOperand>(&number.operand))
         return std::make_unique<LeafNode<UnmarkedVariable>>(UnmarkedVariable{variable->variable});
     return std::make_unique<UnmarkedNode>(nodeOf(std::move(number)), *marked);
+}
+
+std::optional<UnmarkedOperand> unmarkedOperandOf(LaneNumber number) {
+    if (auto* variable = std::get_if<VariableOperand>(&number.operand)) return UnmarkedVariable{variable->variable};
+    if (number.marked) return NodeOperand{unmarkedNodeOf(std::move(number))};
+    if (number.constantMark != FORM_NUMERIC) return std::nullopt;
+    if (auto* slot = std::get_if<SlotOperand>(&number.operand)) return *slot;
+    if (auto* held = std::get_if<HeldOperand>(&number.operand)) return *held;
+    if (auto* constant = std::get_if<ConstantOperand>(&number.operand)) return *constant;
+    return std::move(std::get<NodeOperand>(number.operand));
 }
 
 std::unique_ptr<NumberNode> joinNumbers(int code, LaneOperand left, LaneOperand right) {
@@ -295,6 +266,35 @@ bool FrameSlots::add(const Value* local) {
     if (count_ == maxSlots) return false;
     locals_[count_++] = local;
     return true;
+}
+
+bool Hold::Number::isKept() const {
+    double x;
+    return readNumber(*variable, x) && variable->mark() == FORM_NUMERIC && variable->data() == element;
+}
+
+bool Hold::Array::isKept() const {
+    return variable->mark() == FORM_NUMERIC && (!isVector || variable->isVector());
+}
+
+const double* Hold::holdNumber(const DoubleValue& variable) {
+    const Number number{&variable, variable.data()};
+    if (!number.isKept()) return nullptr;
+    const auto isSame = [&](const Number& other) { return other.variable == &variable; };
+    if (std::ranges::none_of(numbers_, isSame)) numbers_.push_back(number);
+    return number.element;
+}
+
+bool Hold::holdArray(const DoubleValue& variable, bool isVector) {
+    const Array array{&variable, isVector};
+    if (!array.isKept()) return false;
+    const auto isSame = [&](const Array& other) { return other.variable == &variable && other.isVector == isVector; };
+    if (std::ranges::none_of(arrays_, isSame)) arrays_.push_back(array);
+    return true;
+}
+
+bool Hold::isKept() const {
+    return std::ranges::all_of(numbers_, &Number::isKept) && std::ranges::all_of(arrays_, &Array::isKept);
 }
 
 std::optional<LaneNumber> LaneBuilder::build(Evaluatable& element) const {
@@ -330,6 +330,11 @@ std::optional<LaneNumber> LaneBuilder::buildPiece(const ExpressionItems& items, 
 std::optional<LaneNumber> LaneBuilder::buildVariable(const ValueElement& element) const {
     const auto* variable = dynamic_cast<const DoubleValue*>(element.variable());
     if (!variable) return std::nullopt;
+    if (hold_) {
+        const double* element = hold_->holdNumber(*variable);
+        if (!element) return std::nullopt;
+        return LaneNumber{HeldOperand{element}, nullptr, FORM_NUMERIC};
+    }
     const int slot = slots_ ? slots_->find(variable) : -1;
     if (slot < 0) return LaneNumber{VariableOperand{variable}, variable, 0};
     if (!(slots_->assigned >> slot & 1u)) return std::nullopt;
@@ -365,12 +370,10 @@ std::optional<LaneNumber> LaneBuilder::buildLevel(const ExpressionItems& items, 
     return left;
 }
 
-/// An index, behind the truncation that the front end puts around it.
-std::optional<LaneNumber> LaneBuilder::buildIndex(Evaluatable& index) const {
+std::optional<UnmarkedOperand> LaneBuilder::buildIndex(Evaluatable& index) const {
     auto* truncated = dynamic_cast<DoubleToIntElement*>(&index);
     auto built = build(truncated ? truncated->inner() : index);
-    if (built && !built->marked && (built->constantMark & 15) != FORM_NUMERIC) return std::nullopt;
-    return built;
+    return built ? unmarkedOperandOf(std::move(*built)) : std::nullopt;
 }
 
 /// An indexed variable: no slot, which has no array behind it.
@@ -379,26 +382,37 @@ const DoubleValue* LaneBuilder::arrayTarget(const Value* target) const {
     return dynamic_cast<const DoubleValue*>(target);
 }
 
+/// One element of an array, by nodes that are told as a type whether it is held.
+template <class MakeNode>
+std::optional<LaneNumber> LaneBuilder::elementOf(const DoubleValue& target, bool isVector,
+                                                 const MakeNode& makeNode) const {
+    if (!hold_) return LaneNumber{NodeOperand{makeNode(std::false_type{})}, &target, 0};
+    if (!hold_->holdArray(target, isVector)) return std::nullopt;
+    return LaneNumber{NodeOperand{makeNode(std::true_type{})}, nullptr, FORM_NUMERIC};
+}
+
 std::optional<LaneNumber> LaneBuilder::buildElement(const IndexedElementSingle& element) const {
     const DoubleValue* target = arrayTarget(element.target());
     if (!target || element.irc() > INDEX_ELEMENT) return std::nullopt;
     auto index = buildIndex(element.index());
     if (!index) return std::nullopt;
-    auto node = std::visit(
-        [&](auto& inner) -> std::unique_ptr<NumberNode> {
-            auto operand = asIndex(inner, *index);
-            return std::make_unique<ElementNode<decltype(operand)>>(*target, element.irc(), std::move(operand));
-        },
-        index->operand);
-    return LaneNumber{NodeOperand{std::move(node)}, target, 0};
+    return elementOf(*target, element.irc() != INDEX_ELEMENT, [&](auto isHeld) {
+        return std::visit(
+            [&](auto& k) -> std::unique_ptr<NumberNode> {
+                using Node = ElementNode<isHeld.value, std::remove_reference_t<decltype(k)>>;
+                return std::make_unique<Node>(*target, element.irc(), std::move(k));
+            },
+            *index);
+    });
 }
 
 std::optional<LaneNumber> LaneBuilder::buildFixedElement(const ConstIndexElement& element) const {
     const DoubleValue* target = arrayTarget(element.target());
     if (!target) return std::nullopt;
-    auto node = std::make_unique<ElementNode<ConstantOperand>>(
-        *target, INDEX_ELEMENT, ConstantOperand{static_cast<double>(element.index())});
-    return LaneNumber{NodeOperand{std::move(node)}, target, 0};
+    return elementOf(*target, false, [&](auto isHeld) -> std::unique_ptr<NumberNode> {
+        using Node = ElementNode<isHeld.value, ConstantOperand>;
+        return std::make_unique<Node>(*target, INDEX_ELEMENT, ConstantOperand{static_cast<double>(element.index())});
+    });
 }
 
 std::optional<LaneNumber> LaneBuilder::buildMatrixElement(const IndexedElementDouble& element) const {
@@ -407,15 +421,16 @@ std::optional<LaneNumber> LaneBuilder::buildMatrixElement(const IndexedElementDo
     auto row = buildIndex(element.row());
     auto column = buildIndex(element.column());
     if (!row || !column) return std::nullopt;
-    auto node = std::visit(
-        [&](auto& r, auto& c) -> std::unique_ptr<NumberNode> {
-            auto rowOperand = asIndex(r, *row);
-            auto columnOperand = asIndex(c, *column);
-            using Node = MatrixElementNode<decltype(rowOperand), decltype(columnOperand)>;
-            return std::make_unique<Node>(*target, std::move(rowOperand), std::move(columnOperand));
-        },
-        row->operand, column->operand);
-    return LaneNumber{NodeOperand{std::move(node)}, target, 0};
+    return elementOf(*target, false, [&](auto isHeld) {
+        return std::visit(
+            [&](auto& r, auto& c) -> std::unique_ptr<NumberNode> {
+                using Row = std::remove_reference_t<decltype(r)>;
+                using Column = std::remove_reference_t<decltype(c)>;
+                using Node = MatrixElementNode<isHeld.value, Row, Column>;
+                return std::make_unique<Node>(*target, std::move(r), std::move(c));
+            },
+            *row, *column);
+    });
 }
 
 /// A function that has a body without a form for numbers would only be a
@@ -425,9 +440,10 @@ std::optional<LaneNumber> LaneBuilder::buildCall(UserCallElement& element) const
     if (!element.hasPlainArguments() || (function.hasBody() && !function.hasNumberFunction()))
         return std::nullopt;
     if (element.arguments().size() != static_cast<std::size_t>(function.parameterCount())) return std::nullopt;
-    std::vector<Argument> arguments;
+    std::vector<UnmarkedOperand> arguments;
     for (Evaluatable* given : element.arguments()) {
-        auto argument = argumentOf(build(*given));
+        auto number = build(*given);
+        auto argument = number ? unmarkedOperandOf(std::move(*number)) : std::nullopt;
         if (!argument) return std::nullopt;
         arguments.push_back(std::move(*argument));
     }
