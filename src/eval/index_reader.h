@@ -91,7 +91,7 @@ inline std::int64_t elementPosition(const Value& m, double row, double column) {
     const auto rows = static_cast<std::uint32_t>(m.nrow());
     const std::uint32_t r = static_cast<std::uint32_t>(truncatedIndex(row)) - 1u;
     const std::int64_t at = (std::int64_t{truncatedIndex(column)} - 1) * rows + r;
-    const bool isWithin = r < rows && static_cast<std::uint64_t>(at) < static_cast<std::uint64_t>(m.size());
+    const bool isWithin = r < rows && static_cast<std::uint64_t>(at) < static_cast<std::uint32_t>(m.size());
     return isWithin ? at : -1;
 }
 

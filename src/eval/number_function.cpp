@@ -15,20 +15,31 @@ using NumberStatementPtr = std::unique_ptr<NumberStatement>;
 using NodePtr = std::unique_ptr<NumberNode>;
 
 /// Gives a slot a value; a return does so and ends the call.
-template <Flow flow>
+template <Flow flow, class Number>
 class StoreNode final : public NumberStatement {
 public:
-    StoreNode(int slot, NodePtr value) : slot_(slot), value_(std::move(value)) {}
+    StoreNode(int slot, Number number) : slot_(slot), number_(std::move(number)) {}
     Flow exe(double* frame) const override {
-        frame[slot_] = value_->number(frame);
-        return NotKnown::isNoted() ? Flow::notKnown : flow;
+        frame[slot_] = number_.read(frame);
+        return !Number::isCertain && NotKnown::isNoted() ? Flow::notKnown : flow;
     }
-    NodePtr takeReturned() override { return flow == Flow::done ? std::move(value_) : nullptr; }
+    NodePtr takeReturned() override {
+        return flow == Flow::done ? nodeOf({std::move(number_), nullptr, FORM_NUMERIC}) : nullptr;
+    }
 
 private:
     int slot_;
-    NodePtr value_;
+    Number number_;
 };
+
+template <Flow flow>
+NumberStatementPtr makeStore(int slot, LaneOperand number) {
+    const auto make = [slot](auto& x) -> NumberStatementPtr {
+        using Number = std::remove_reference_t<decltype(x)>;
+        return std::make_unique<StoreNode<flow, Number>>(slot, std::move(x));
+    };
+    return visitOperands<Place::outside>(make, number);
+}
 
 class EndNode final : public NumberStatement {
 public:
@@ -105,7 +116,7 @@ private:
 
     NumberStatementPtr buildChoice(Statement& choice, Statement* yes, Statement* no) {
         // The condition comes first, with what has its value by then.
-        return makeCondition(LaneBuilder(slots_), *choice.expression(), [&](auto condition) {
+        return makeCondition<Place::outside>(LaneBuilder(slots_), *choice.expression(), [&](auto condition) {
             return withBranches(std::move(condition), yes, no);
         });
     }
@@ -143,15 +154,19 @@ private:
         if (!statement.operatorCode() || !isAssigned(slot)) return nullptr;
         auto number = LaneBuilder(slots_).build(*statement.expression());
         if (!number) return nullptr;
-        auto node = joinNumbers(*statement.operatorCode(), SlotOperand{slot}, std::move(number->operand));
-        return std::make_unique<StoreNode<Flow::next>>(slot, std::move(node));
+        return makeStore<Flow::next>(
+            slot, joinNumbers(*statement.operatorCode(), SlotOperand{slot}, std::move(number->operand)));
     }
 
     template <Flow flow>
     NumberStatementPtr buildStore(int slot, Evaluatable& expression) {
         auto number = LaneBuilder(slots_).build(expression);
-        NodePtr node = number ? unmarkedNodeOf(std::move(*number)) : nullptr;
-        return node ? std::make_unique<StoreNode<flow>>(slot, std::move(node)) : nullptr;
+        if (!number) return nullptr;
+        // A certain number has no variable that could carry a mark.
+        if (!number->marked && number->constantMark == FORM_NUMERIC)
+            return makeStore<flow>(slot, std::move(number->operand));
+        NodePtr node = unmarkedNodeOf(std::move(*number));
+        return node ? makeStore<flow>(slot, NodeOperand{std::move(node)}) : nullptr;
     }
 
     FrameSlots& slots_;

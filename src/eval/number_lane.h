@@ -16,6 +16,7 @@
 #include "eval/elements.h"
 #include "eval/expression.h"
 #include "eval/function_elements.h"
+#include "eval/index_reader.h"
 #include "eval/indexing.h"
 #include "eval/number_source.h"
 
@@ -41,11 +42,52 @@ struct SlotOperand {
     double read(const double* frame) const { return frame[slot]; }
 };
 
+/// `n-1` and the like: a slot and a constant.
+struct SlotSumOperand {
+    static constexpr bool isCertain = true;
+    int slot;
+    double addend;
+    double read(const double* frame) const { return frame[slot] + addend; }
+};
+
 /// A variable that a loop holds.
 struct HeldOperand {
     static constexpr bool isCertain = true;
     const double* element;
     double read(const double*) const { return *element; }
+};
+
+struct HeldSumOperand {
+    static constexpr bool isCertain = true;
+    const double* element;
+    double addend;
+    double read(const double*) const { return *element + addend; }
+};
+
+/// `x[k]` of an array and an index that a loop holds.
+struct HeldElementOperand {
+    static constexpr bool isCertain = false;
+    const DoubleValue* array;
+    const double* index;
+    double read(const double*) const {
+        if (!isIndexWithin(*index, array->size())) [[unlikely]]
+            return NotKnown::note();
+        return (*array)[truncatedIndex(*index) - 1];
+    }
+};
+
+/// `m[i,k]` of the same.
+struct HeldMatrixElementOperand {
+    static constexpr bool isCertain = false;
+    const DoubleValue* matrix;
+    const double* row;
+    const double* column;
+    double read(const double*) const {
+        const std::int64_t at = elementPosition(*matrix, *row, *column);
+        if (at < 0) [[unlikely]]
+            return NotKnown::note();
+        return matrix->data()[at];
+    }
 };
 
 struct ConstantOperand {
@@ -60,7 +102,40 @@ struct NodeOperand {
     double read(const double* frame) const { return node->number(frame); }
 };
 
-using LaneOperand = std::variant<VariableOperand, SlotOperand, HeldOperand, ConstantOperand, NodeOperand>;
+using LaneOperand = std::variant<VariableOperand, SlotOperand, SlotSumOperand, HeldOperand, HeldSumOperand,
+                                 HeldElementOperand, HeldMatrixElementOperand, ConstantOperand, NodeOperand>;
+
+template <class Operand, class... Kinds>
+constexpr bool isAmong = (std::is_same_v<Operand, Kinds> || ...);
+
+/// The operands in the body of a loop that holds its variables, and those
+/// everywhere else. The two never meet, so that no node is made for such a pair.
+template <class Operand>
+constexpr bool isOfLoop = isAmong<Operand, HeldOperand, HeldSumOperand, HeldElementOperand,
+                                  HeldMatrixElementOperand, ConstantOperand, NodeOperand>;
+template <class Operand>
+constexpr bool isOutsideLoop = !isOfLoop<Operand> || isAmong<Operand, ConstantOperand, NodeOperand>;
+
+enum class Place { any, loop, outside };
+
+template <Place place, class... Operands>
+constexpr bool mayMeet = (place != Place::outside && (isOfLoop<Operands> && ...)) ||
+                         (place != Place::loop && (isOutsideLoop<Operands> && ...));
+
+/// Calls make(operands...) with the operands as what they are, and answers what
+/// it makes, a pointer; null for operands that are not found in this place.
+template <Place place = Place::any, class Make, class... Variants>
+auto visitOperands(const Make& make, Variants&... variants) {
+    using Made = decltype(make(std::get<NodeOperand>(variants)...));
+    return std::visit(
+        [&](auto&... each) -> Made {
+            if constexpr (mayMeet<place, std::remove_reference_t<decltype(each)>...>)
+                return make(each...);
+            else
+                return nullptr;
+        },
+        variants...);
+}
 
 /// An operand with whatever carries its mark: a variable, or nothing where the
 /// mark is constant.
@@ -130,7 +205,8 @@ struct UnmarkedVariable {
     }
 };
 
-using UnmarkedOperand = std::variant<UnmarkedVariable, SlotOperand, HeldOperand, ConstantOperand, NodeOperand>;
+using UnmarkedOperand = std::variant<UnmarkedVariable, SlotOperand, SlotSumOperand, HeldOperand, HeldSumOperand,
+                                     ConstantOperand, NodeOperand>;
 
 /// Nothing for a number that never has the mark 0.
 std::optional<UnmarkedOperand> unmarkedOperandOf(LaneNumber number);
@@ -165,9 +241,9 @@ private:
     [[nodiscard]] std::optional<LaneNumber> buildFixedElement(const ConstIndexElement& element) const;
     [[nodiscard]] std::optional<LaneNumber> buildMatrixElement(const IndexedElementDouble& element) const;
     [[nodiscard]] std::optional<LaneNumber> buildCall(UserCallElement& element) const;
-    template <class MakeNode>
+    template <class Make>
     [[nodiscard]] std::optional<LaneNumber> elementOf(const DoubleValue& target, bool isVector,
-                                                      const MakeNode& makeNode) const;
+                                                      const Make& make) const;
     [[nodiscard]] const DoubleValue* arrayTarget(const Value* target) const;
 
     const FrameSlots* slots_ = nullptr;
@@ -179,7 +255,21 @@ std::unique_ptr<NumberNode> nodeOf(LaneNumber number);
 /// The same for a number that must have the mark 0; null when it never has.
 std::unique_ptr<NumberNode> unmarkedNodeOf(LaneNumber number);
 
-/// A node for two operands, joined by the operator of a code.
-std::unique_ptr<NumberNode> joinNumbers(int code, LaneOperand left, LaneOperand right);
+/// An operand of fewer kinds: any other one becomes a node.
+template <class Operands>
+Operands narrowedTo(LaneOperand operand) {
+    return std::visit(
+        [](auto& kind) -> Operands {
+            using Kind = std::remove_reference_t<decltype(kind)>;
+            if constexpr (std::is_constructible_v<Operands, std::in_place_type_t<Kind>, Kind>)
+                return Operands(std::in_place_type<Kind>, std::move(kind));
+            else
+                return NodeOperand{nodeOf({std::move(kind), nullptr, FORM_NUMERIC})};
+        },
+        operand);
+}
+
+/// Two operands, joined by the operator of a code.
+LaneOperand joinNumbers(int code, LaneOperand left, LaneOperand right);
 
 }  // namespace vorpen

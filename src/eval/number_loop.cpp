@@ -115,11 +115,11 @@ private:
 };
 
 /// `m[i,j] = number`, also with an operator.
-template <class Row, class Column, class Number>
+template <class Row, class Column>
 class MatrixStoreStep final : public PlainStep {
 public:
     MatrixStoreStep(AssignStm& statement, const Hold& hold, ChangeByLetter change, Row row, Column column,
-                    Number number)
+                    NodeOperand number)
         : PlainStep(statement, hold),
           target_(*statement.lhs()),
           change_(change),
@@ -129,7 +129,7 @@ public:
     [[nodiscard]] bool exe() const override {
         const double row = row_.read(nullptr), column = column_.read(nullptr);
         const double x = number_.read(nullptr);
-        if (!(Row::isCertain && Column::isCertain && Number::isCertain) && NotKnown::take()) return runStatement();
+        if (NotKnown::take()) return runStatement();
         const std::int64_t at = elementPosition(target_, row, column);
         if (at < 0) [[unlikely]]
             return runStatement();
@@ -142,7 +142,7 @@ private:
     ChangeByLetter change_;
     Row row_;
     Column column_;
-    Number number_;
+    NodeOperand number_;
 };
 
 /// A condition with a branch for each truth; either may be empty.
@@ -161,26 +161,6 @@ private:
     Condition condition_;
     NumberBody branches_[2];
 };
-
-/// The operands that a held loop can have: there are no slots and no variables
-/// that have to be looked at.
-template <class Operand>
-constexpr bool isOfLoop = std::is_same_v<Operand, HeldOperand> || std::is_same_v<Operand, ConstantOperand> ||
-                          std::is_same_v<Operand, NodeOperand>;
-
-/// Calls make(operands...) with the operands as what they are; null when one
-/// is none of a loop.
-template <class Make, class... Operands>
-StepPtr visitOperands(const Make& make, Operands&... operands) {
-    return std::visit(
-        [&](auto&... each) -> StepPtr {
-            if constexpr ((isOfLoop<std::remove_reference_t<decltype(each)>> && ...))
-                return make(each...);
-            else
-                return nullptr;
-        },
-        operands...);
-}
 
 /// Makes the steps of a body; what is no matter of numbers is run as it is.
 class LoopBuilder {
@@ -226,7 +206,7 @@ private:
     }
 
     StepPtr buildChoice(Statement& choice, Statement* yes, Statement* no) {
-        return makeCondition(lane_, *choice.expression(), [&](auto condition) -> StepPtr {
+        return makeCondition<Place::loop>(lane_, *choice.expression(), [&](auto condition) -> StepPtr {
             NumberBody first = yes ? buildBody(*yes) : NumberBody(), second = no ? buildBody(*no) : NumberBody();
             return std::make_unique<ChoiceStep<decltype(condition)>>(choice, hold_, std::move(condition),
                                                                      std::move(first), std::move(second));
@@ -259,7 +239,7 @@ private:
             using Step = StoreStep<Change, std::remove_reference_t<decltype(x)>>;
             return std::make_unique<Step>(statement, hold_, statement.lhs()->data(), std::move(x));
         };
-        return visitOperands(make, number);
+        return visitOperands<Place::loop>(make, number);
     }
 
     StepPtr buildElementStore(SingleIndexedAssignStm& statement) {
@@ -279,21 +259,21 @@ private:
                 ElementStoreStep<Change, std::remove_reference_t<decltype(k)>, std::remove_reference_t<decltype(x)>>;
             return std::make_unique<Step>(statement, hold_, change, std::move(k), std::move(x));
         };
-        return visitOperands(make, index, number);
+        return visitOperands<Place::loop>(make, index, number);
     }
 
     StepPtr buildMatrixStore(IndexedAssignStm& statement) {
         if (!hold_.holdArray(*statement.lhs(), false)) return nullptr;
         auto row = lane_.buildIndex(statement.row()), column = lane_.buildIndex(statement.column());
-        auto number = buildRightSide(statement);
-        if (!row || !column || !number) return nullptr;
-        const auto make = [&](auto& r, auto& c, auto& x) -> StepPtr {
-            using Step = MatrixStoreStep<std::remove_reference_t<decltype(r)>, std::remove_reference_t<decltype(c)>,
-                                         std::remove_reference_t<decltype(x)>>;
+        auto number = lane_.build(*statement.expression());
+        auto node = number ? unmarkedNodeOf(std::move(*number)) : nullptr;
+        if (!row || !column || !node) return nullptr;
+        const auto make = [&](auto& r, auto& c) -> StepPtr {
+            using Step = MatrixStoreStep<std::remove_reference_t<decltype(r)>, std::remove_reference_t<decltype(c)>>;
             return std::make_unique<Step>(statement, hold_, ChangeByLetter{statement.op()}, std::move(r),
-                                          std::move(c), std::move(x));
+                                          std::move(c), NodeOperand{std::move(node)});
         };
-        return visitOperands(make, *row, *column, *number);
+        return visitOperands<Place::loop>(make, *row, *column);
     }
 
     Hold& hold_;
@@ -316,8 +296,8 @@ std::unique_ptr<NumberLoop> NumberLoop::compile(Statement& body, const DoubleVal
     loop->body_ = builder.buildBody(body);
     if (builder.gain() == 0) return nullptr;
     if (condition)
-        loop->condition_ = makeCondition(LaneBuilder(loop->hold_), *condition,
-                                         [](auto made) -> std::unique_ptr<TruthNode> {
+        loop->condition_ = makeCondition<Place::loop>(
+            LaneBuilder(loop->hold_), *condition, [](auto made) -> std::unique_ptr<TruthNode> {
                                              return std::make_unique<ConditionNode<decltype(made)>>(std::move(made));
                                          });
     return loop;
