@@ -15,8 +15,8 @@
 namespace vorpen {
 
 /// The operands that a comparison knows; any other is a node.
-using ComparedOperand = std::variant<VariableOperand, SlotOperand, HeldOperand, HeldElementOperand, ConstantOperand,
-                                     NodeOperand>;
+using ComparedOperand =
+    std::variant<VariableOperand, SlotOperand, HeldOperand, HeldElementOperand, ConstantOperand, NodeOperand>;
 
 template <class Compare, class L, class R>
 struct Comparison {

@@ -143,6 +143,7 @@ struct LaneNumber {
     LaneOperand operand;
     const Value* marked;
     int constantMark;
+    const DoubleValue* first = nullptr;  ///< the leftmost operand, where it is a variable
 };
 
 /// The locals of a function that are slots of its frame, and those of them

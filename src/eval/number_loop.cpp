@@ -150,7 +150,9 @@ template <class Condition>
 class ChoiceStep final : public PlainStep {
 public:
     ChoiceStep(Statement& statement, const Hold& hold, Condition condition, NumberBody yes, NumberBody no)
-        : PlainStep(statement, hold), condition_(std::move(condition)), branches_{std::move(no), std::move(yes)} {}
+        : PlainStep(statement, hold),
+          condition_(std::move(condition)),
+          branches_{std::move(no), std::move(yes)} {}
     [[nodiscard]] bool exe() const override {
         const bool truth = condition_.test(nullptr);
         if (!Condition::isCertain && NotKnown::take()) return runStatement();
@@ -196,7 +198,8 @@ private:
     StepPtr buildOnNumbers(Statement& statement) {
         if (auto* choice = dynamic_cast<IfElseStm*>(&statement))
             return buildChoice(*choice, &choice->body(), &choice->elseBody());
-        if (auto* choice = dynamic_cast<IfStm*>(&statement)) return buildChoice(*choice, &choice->body(), nullptr);
+        if (auto* choice = dynamic_cast<IfStm*>(&statement))
+            return buildChoice(*choice, &choice->body(), nullptr);
         if (auto* choice = dynamic_cast<UnlessStm*>(&statement))
             return buildChoice(*choice, nullptr, &choice->body());
         if (auto* store = dynamic_cast<SingleIndexedAssignStm*>(&statement)) return buildElementStore(*store);
@@ -207,7 +210,8 @@ private:
 
     StepPtr buildChoice(Statement& choice, Statement* yes, Statement* no) {
         return makeCondition<Place::loop>(lane_, *choice.expression(), [&](auto condition) -> StepPtr {
-            NumberBody first = yes ? buildBody(*yes) : NumberBody(), second = no ? buildBody(*no) : NumberBody();
+            NumberBody first = yes ? buildBody(*yes) : NumberBody(),
+                       second = no ? buildBody(*no) : NumberBody();
             return std::make_unique<ChoiceStep<decltype(condition)>>(choice, hold_, std::move(condition),
                                                                      std::move(first), std::move(second));
         });
@@ -253,10 +257,11 @@ private:
     }
 
     template <class Change>
-    StepPtr elementStoreStep(AssignStm& statement, Change change, UnmarkedOperand& index, UnmarkedOperand& number) {
+    StepPtr elementStoreStep(AssignStm& statement, Change change, UnmarkedOperand& index,
+                             UnmarkedOperand& number) {
         const auto make = [&](auto& k, auto& x) -> StepPtr {
-            using Step =
-                ElementStoreStep<Change, std::remove_reference_t<decltype(k)>, std::remove_reference_t<decltype(x)>>;
+            using Step = ElementStoreStep<Change, std::remove_reference_t<decltype(k)>,
+                                          std::remove_reference_t<decltype(x)>>;
             return std::make_unique<Step>(statement, hold_, change, std::move(k), std::move(x));
         };
         return visitOperands<Place::loop>(make, index, number);
@@ -269,7 +274,8 @@ private:
         auto node = number ? unmarkedNodeOf(std::move(*number)) : nullptr;
         if (!row || !column || !node) return nullptr;
         const auto make = [&](auto& r, auto& c) -> StepPtr {
-            using Step = MatrixStoreStep<std::remove_reference_t<decltype(r)>, std::remove_reference_t<decltype(c)>>;
+            using Step =
+                MatrixStoreStep<std::remove_reference_t<decltype(r)>, std::remove_reference_t<decltype(c)>>;
             return std::make_unique<Step>(statement, hold_, ChangeByLetter{statement.op()}, std::move(r),
                                           std::move(c), NodeOperand{std::move(node)});
         };
@@ -298,8 +304,8 @@ std::unique_ptr<NumberLoop> NumberLoop::compile(Statement& body, const DoubleVal
     if (condition)
         loop->condition_ = makeCondition<Place::loop>(
             LaneBuilder(loop->hold_), *condition, [](auto made) -> std::unique_ptr<TruthNode> {
-                                             return std::make_unique<ConditionNode<decltype(made)>>(std::move(made));
-                                         });
+                return std::make_unique<ConditionNode<decltype(made)>>(std::move(made));
+            });
     return loop;
 }
 

@@ -408,7 +408,7 @@ std::optional<LaneNumber> LaneBuilder::buildVariable(const ValueElement& element
         return LaneNumber{HeldOperand{element}, nullptr, FORM_NUMERIC};
     }
     const int slot = slots_ ? slots_->find(variable) : -1;
-    if (slot < 0) return LaneNumber{VariableOperand{variable}, variable, 0};
+    if (slot < 0) return LaneNumber{VariableOperand{variable}, variable, 0, variable};
     if (!(slots_->assigned >> slot & 1u)) return std::nullopt;
     return LaneNumber{SlotOperand{slot}, nullptr, FORM_NUMERIC};
 }
@@ -521,6 +521,7 @@ NumberSource::NumberSource(LaneNumber number) : constantMark_(number.constantMar
         constant_ = constant->constant;
     } else {
         kind_ = Kind::node;
+        variable_ = number.first;
         node_ = nodeOf(std::move(number));
     }
 }

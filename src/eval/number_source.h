@@ -74,6 +74,8 @@ public:
     /// The number, or false when the element must be evaluated.
     bool read(double& x) const {
         if (kind_ == Kind::node) {
+            // An expression on arrays costs the lane no more than this look.
+            if (variable_ && variable_->size() != 1) return false;
             x = node_->number(nullptr);
             return !NotKnown::take();
         }
@@ -103,7 +105,7 @@ private:
     Kind kind_ = Kind::none;
     int constantMark_ = FORM_NUMERIC;
     const Value* marked_ = nullptr;  ///< carries the mark; null for a constant
-    const DoubleValue* variable_ = nullptr;
+    const DoubleValue* variable_ = nullptr;  ///< the variable, or the leftmost one of a node; may be null for a node
     double constant_ = 0;
     std::unique_ptr<NumberNode> node_;
 };
