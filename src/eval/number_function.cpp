@@ -64,17 +64,20 @@ template <class Condition>
 class ChoiceNode final : public NumberStatement {
 public:
     ChoiceNode(Condition condition, NumberStatementPtr yes, NumberStatementPtr no)
-        : condition_(std::move(condition)), branches_{std::move(no), std::move(yes)} {}
+        : condition_(std::move(condition)), yes_(std::move(yes)), no_(std::move(no)) {}
     Flow exe(double* frame) const override {
         const bool truth = condition_.test(frame);
         if (!Condition::isCertain && NotKnown::isNoted()) return Flow::notKnown;
-        const NumberStatement* branch = branches_[truth].get();
-        return branch ? branch->exe(frame) : Flow::next;
+        // Two branches of the machine's own, and no table of two: what is called
+        // through a table is foreseen by the processor far less often, which made
+        // a recursion take twice as long.
+        if (truth) return yes_ ? yes_->exe(frame) : Flow::next;
+        return no_ ? no_->exe(frame) : Flow::next;
     }
 
 private:
     Condition condition_;
-    NumberStatementPtr branches_[2];
+    NumberStatementPtr yes_, no_;
 };
 
 /// Makes the second form of a body; each way answers null where there is none.

@@ -152,16 +152,19 @@ public:
     ChoiceStep(Statement& statement, const Hold& hold, Condition condition, NumberBody yes, NumberBody no)
         : PlainStep(statement, hold),
           condition_(std::move(condition)),
-          branches_{std::move(no), std::move(yes)} {}
+          yes_(std::move(yes)),
+          no_(std::move(no)) {}
     [[nodiscard]] bool exe() const override {
         const bool truth = condition_.test(nullptr);
         if (!Condition::isCertain && NotKnown::take()) return runStatement();
-        return branches_[truth].isEmpty() || branches_[truth].exe();
+        // Two branches of the machine's own, see ChoiceNode in number_function.cpp.
+        if (truth) return yes_.isEmpty() || yes_.exe();
+        return no_.isEmpty() || no_.exe();
     }
 
 private:
     Condition condition_;
-    NumberBody branches_[2];
+    NumberBody yes_, no_;
 };
 
 /// Makes the steps of a body; what is no matter of numbers is run as it is.
