@@ -71,7 +71,11 @@ public:
     /// The first element of the answer at a number, which takes the place of
     /// the point. Fails as `evaluate` does.
     double valueAt(double x) {
-        if (realBody_ && !parameter_) return realBody_(x);
+        if (!parameter_) {
+            double number;
+            if (realBody_) return realBody_(x);
+            if (function_.callOnNumber(x, number)) return number;
+        }
         const Outcome result = call(Outcome::scalar(x));
         return result.isScalar() ? result.number : asArray(result)[0];
     }

@@ -633,7 +633,9 @@ Outcome runOnNumbers(std::span<const Instruction> code, NumberEntry* bottom, Val
             return continueOnArrays(rest, {bottom, end}, node, nodeWorkspace, workspaces, workspace, threadSafe,
                                     stackDepth);
         } else {
-            if (stackDepth <= OneShapeRun::maxDepth && runOnOneShape(code, workspace)) return Outcome::of(workspace);
+            const bool isTried = &at == code.data();
+            if (!isTried && stackDepth <= OneShapeRun::maxDepth && runOnOneShape(code, workspace))
+                return Outcome::of(workspace);
             Workspaces copies;
             return continueOnArrays(rest, {bottom, end}, nullptr, nullptr, copies, workspace, threadSafe, stackDepth);
         }
@@ -680,6 +682,10 @@ Outcome runOnNumbers(std::span<const Instruction> code, NumberEntry* bottom, Val
 }  // namespace
 
 Outcome BlockProgram::evaluate(Value* workspace) const {
+    const Instruction& first = code_.front();
+    const bool beginsWithArray = first.kind == Kind::pushDouble && first.variable->size() > 1;
+    if (beginsWithArray && !hasNodes_ && stackDepth_ <= OneShapeRun::maxDepth && runOnOneShape(code_, workspace))
+        return Outcome::of(workspace);
     constexpr int nearDepth = 16;
     const auto run = hasNodes_ ? runOnNumbers<true> : runOnNumbers<false>;
     if (stackDepth_ <= nearDepth) {

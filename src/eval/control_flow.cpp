@@ -24,15 +24,20 @@ void Statement::fail(std::string_view message, std::string_view context) const {
 
 // ---- sequences of statements
 
-void BlockStm::exe() {
+void BlockStm::runFrom(std::size_t first) {
     RunState& state = runState();
-    for (const StatementPtr& statement : statements_) {
+    for (const StatementPtr& statement : std::span(statements_).subspan(first)) {
         if (!state.goesOn()) return;
         statement->exe();
         // Also when it was this statement that began the stepping.
         if (state.debugStepping) [[unlikely]]
             stopBehind(*statement);
     }
+}
+
+void BlockStm::goOnBehind(std::size_t k) {
+    if (runState().debugStepping) stopBehind(*statements_[k]);
+    runFrom(k + 1);
 }
 
 void stopBehind(const Statement& statement) {
@@ -87,31 +92,90 @@ void IfElseStm::exe() {
 
 // ---- loops
 
-bool LoopStm::runRound() {
-    try {
-        runBody();
-    } catch (const ContinueStm&) {
-        checkInterrupt();
-        return true;
-    } catch (const BreakStm&) {
-        return false;
+/// The rounds of one run of a loop, by the form for numbers while that may run.
+/// A round by the form is all in line: what else a round may have to do stands
+/// apart.
+class LoopStm::Rounds {
+public:
+    explicit Rounds(LoopStm& loop) : loop_(loop) {}
+
+    /// Runs the body once; false when the loop is to be left.
+    bool runNext() {
+        try {
+            if (!form_) [[unlikely]]
+                runFirst();
+            else if (!form_->runRound()) [[unlikely]]
+                form_ = nullptr;
+        } catch (const ContinueStm&) {
+            form_ = nullptr;
+            checkInterrupt();
+            return true;
+        } catch (const BreakStm&) {
+            return false;
+        }
+        return runState().goesOn() || isToGoOn();
     }
-    RunState& state = runState();
-    if (state.goesOn()) return true;
-    checkInterrupt();
-    const LoopSignal signal = state.takeSignal();
-    if (signal == LoopSignal::none) return false;
-    state.resume();
-    return signal == LoopSignal::next;
+
+    /// The form for numbers, where the next round will be run by it, or null.
+    [[nodiscard]] const NumberLoop* form() const { return form_; }
+    /// What the form takes for granted may be so no longer.
+    void release() { form_ = nullptr; }
+
+private:
+    /// The next round, which the form runs where it may do so again.
+    [[gnu::noinline]] void runFirst() {
+        const NumberLoop* form = loop_.findForm();
+        if (!form)
+            loop_.runBody();
+        else if (form->runRound())
+            form_ = form;
+    }
+
+    /// Behind a round that stopped the run.
+    [[gnu::noinline]] static bool isToGoOn() {
+        RunState& state = runState();
+        checkInterrupt();
+        const LoopSignal signal = state.takeSignal();
+        if (signal == LoopSignal::none) return false;
+        state.resume();
+        return signal == LoopSignal::next;
+    }
+
+    LoopStm& loop_;
+    const NumberLoop* form_ = nullptr;
+};
+
+const NumberLoop* LoopStm::findForm() {
+    if (roundsBeforeForm_ > 0) {
+        if (--roundsBeforeForm_ > 0) return nullptr;
+        form_ = makeForm();
+    }
+    return form_ && form_->mayRun() ? form_.get() : nullptr;
+}
+
+std::unique_ptr<NumberLoop> WhileStm::makeForm() const {
+    return NumberLoop::compile(body(), nullptr, expression());
+}
+
+Condition::Truth WhileStm::test(Rounds& rounds) const {
+    if (const NumberLoop* form = rounds.form(); form && form->hasCondition()) [[likely]] {
+        const bool truth = form->test();
+        if (!NotKnown::take()) [[likely]]
+            return truth ? Condition::Truth::yes : Condition::Truth::no;
+    }
+    // A condition may run code of the user.
+    rounds.release();
+    return condition_.test();
 }
 
 void WhileStm::exe() {
     if (!runState().goesOn()) return;
+    Rounds rounds(*this);
     do {
-        const Condition::Truth truth = condition_.test();
+        const Condition::Truth truth = test(rounds);
         require(truth != Condition::Truth::notScalar, "non-scalar condition in while clause");
         if (truth == Condition::Truth::no) return;
-    } while (runRound());
+    } while (rounds.runNext());
 }
 
 ForStm::ForStm(int line, EvaluatablePtr range, StatementPtr body, Value* loopVariable)
@@ -122,6 +186,10 @@ ForStm::ForStm(int line, EvaluatablePtr range, StatementPtr body, Value* loopVar
                     ? static_cast<SequenceElement*>(expression())
                     : nullptr) {}
 
+std::unique_ptr<NumberLoop> ForStm::makeForm() const {
+    return number_ ? NumberLoop::compile(body(), number_, nullptr) : nullptr;
+}
+
 void ForStm::setLoopVariable(double x) {
     if (number_)
         storeNumber(*number_, x, FORM_NUMERIC);
@@ -129,34 +197,42 @@ void ForStm::setLoopVariable(double x) {
         loopVariable_->assignDouble(x);
 }
 
-void ForStm::walkRange(const SequenceElement::Range& range) {
-    double x = range.start;
-    LoopProgress progress(range.count);
-    for (int i = 0; i < range.count; ++i, x += range.step) {
+void ForStm::setLoopVariable(int x) {
+    if (number_)
+        storeNumber(*number_, x, FORM_NUMERIC);
+    else
+        loopVariable_->assignInt(x);
+}
+
+template <class Number, class Next>
+void ForStm::walk(int count, Number x, const Next& next) {
+    LoopProgress progress(count);
+    Rounds rounds(*this);
+    for (int i = 0; i < count; ++i, x = next(x)) {
         progress.noteDone(i);
-        setLoopVariable(x);
-        if (!runRound()) return;
+        if (rounds.form()) [[likely]]
+            (*number_)[0] = x;
+        else
+            setLoopVariable(x);
+        if (!rounds.runNext()) return;
     }
+}
+
+void ForStm::walkRange(const SequenceElement::Range& range) {
+    walk(range.count, range.start, [&](double x) { return x + range.step; });
 }
 
 void ForStm::walkIntegers(const SequenceElement::Range& range) {
     const auto step = static_cast<unsigned>(truncateToInt(range.step));
-    auto x = static_cast<unsigned>(truncateToInt(range.start));
-    LoopProgress progress(range.count);
-    for (int i = 0; i < range.count; ++i, x += step) {
-        progress.noteDone(i);
-        if (number_)
-            storeNumber(*number_, static_cast<int>(x), FORM_NUMERIC);
-        else
-            loopVariable_->assignInt(static_cast<int>(x));
-        if (!runRound()) return;
-    }
+    walk(range.count, truncateToInt(range.start),
+         [step](int x) { return static_cast<int>(static_cast<unsigned>(x) + step); });
 }
 
 void ForStm::walkArray() {
     Workspace workspace(expression()->type());
     const Value* range = expression()->pValue(workspace.get());
     LoopProgress progress(range->size());
+    Rounds rounds(*this);
     for (int i = 0; i < range->size(); ++i) {
         progress.noteDone(i);
         if (range->valueType() == INTEGER_VAL)
@@ -165,7 +241,7 @@ void ForStm::walkArray() {
             setLoopVariable(asDouble(*range)[i]);
         else
             fail("a loop needs integers or doubles", "for loop");
-        if (!runRound()) return;
+        if (!rounds.runNext()) return;
     }
 }
 
@@ -192,6 +268,7 @@ void ForInStm::takeItem(const Value& item) {
 void ForInStm::exe() {
     if (!runState().goesOn()) return;
     LoopProgress progress(collection_->size());
+    Rounds rounds(*this);
     for (int k = 0; k < collection_->size();) {
         progress.noteDone(k);
         switch (collection_->valueType()) {
@@ -207,7 +284,7 @@ void ForInStm::exe() {
         }
         ++k;
         if (index_) index_->assignInt(k);
-        if (!runRound()) return;
+        if (!rounds.runNext()) return;
     }
 }
 

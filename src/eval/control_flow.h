@@ -11,6 +11,7 @@
 // being made, since nobody could tell.
 
 #include "eval/indexing.h"
+#include "eval/number_loop.h"
 #include "eval/statement.h"
 #include "eval/truth_source.h"
 
@@ -74,12 +75,23 @@ private:
     RunnableBody elseRun_;
 };
 
-/// A statement whose body runs in rounds.
+/// A statement whose body runs in rounds. One that has run for a few of them
+/// may get a form for numbers.
 class LoopStm : public WithStm {
 protected:
     using WithStm::WithStm;
-    /// Runs the body once; false when the loop is to be left.
-    bool runRound();
+    class Rounds;
+
+private:
+    /// The form, as long as it may run; else null.
+    [[nodiscard]] const NumberLoop* findForm();
+    /// Made when the variables are as they are in a round.
+    [[nodiscard]] virtual std::unique_ptr<NumberLoop> makeForm() const { return nullptr; }
+
+    /// Rounds that show what the variables hold, and that the form is worth
+    /// its making.
+    int roundsBeforeForm_ = 16;
+    std::unique_ptr<NumberLoop> form_;
 };
 
 class WhileStm final : public LoopStm {
@@ -89,6 +101,9 @@ public:
     void exe() override;
 
 private:
+    [[nodiscard]] Condition::Truth test(Rounds& rounds) const;
+    [[nodiscard]] std::unique_ptr<NumberLoop> makeForm() const override;
+
     Condition condition_;
 };
 
@@ -102,7 +117,11 @@ public:
     [[nodiscard]] bool uses(const Value* v) const override { return v == loopVariable_ || LoopStm::uses(v); }
 
 private:
+    [[nodiscard]] std::unique_ptr<NumberLoop> makeForm() const override;
     void setLoopVariable(double x);
+    void setLoopVariable(int x);
+    template <class Number, class Next>
+    void walk(int count, Number x, const Next& next);
     void walkRange(const SequenceElement::Range& range);
     void walkIntegers(const SequenceElement::Range& range);
     void walkArray();

@@ -31,20 +31,24 @@ RealBody bodyOfCall(const Evaluatable& expression, const Value* x) {
     return argument && argument->variable() == x ? call->body() : nullptr;
 }
 
+/// A debugger wants to see the statements run.
+const NumberFunction* numberFormOf(const UserFunc& function) {
+    return runState().debugStepping ? nullptr : function.numberFunction();
+}
+
 /// A call by the form of the function for numbers (number_function.h), the
 /// shortest way for a method that calls it many times. False, with nothing
 /// done, where there is none, or the call asks for more.
 bool callOnFrame(UserFunc& function, std::span<const Outcome> inputs, double& result) {
-    const NumberFunction* onNumbers = function.numberFunction();
-    if (!onNumbers || runState().debugStepping) return false;
+    const NumberFunction* onNumbers = numberFormOf(function);
+    if (!onNumbers) return false;
     double frame[FrameSlots::maxSlots];
     for (std::size_t i = 0; i < inputs.size(); ++i) {
         if (inputs[i].mark() != FORM_NUMERIC) return false;
         frame[i] = inputs[i].number;
     }
-    const NumberNode::Answer answer = function.callNumberFunction(*onNumbers, frame);
-    result = answer.number;
-    return answer.known;
+    result = function.callNumberFunction(*onNumbers, frame);
+    return !NotKnown::take();
 }
 
 /// An empty value of a kind, read only and shared.
@@ -155,7 +159,7 @@ Outcome FuncRefElement::callUserFunction(std::span<const Outcome> inputs, Value*
     }
     constexpr std::array<int, maxInputs> doubles = {DOUBLE_VAL, DOUBLE_VAL, DOUBLE_VAL, DOUBLE_VAL};
     if (inputs.size() > maxInputs) throw RuntimeError(name_ + "(...) has too many arguments");
-    function_->checkArguments(std::span(doubles).first(inputs.size()));
+    if (!full || !function_->isPlain()) function_->checkArguments(std::span(doubles).first(inputs.size()));
     if (function_->isQuick()) {
         UserFunc::QuickArguments arguments;
         arguments.ownsWorkspace = true;
@@ -183,6 +187,16 @@ Outcome FuncRefElement::callUserFunction(std::span<const Outcome> inputs, Value*
     }
     function_->call(std::span(records).first(inputs.size()), nullptr, *workspace);
     return outcomeOf(workspace);
+}
+
+bool FuncRefElement::callOnNumber(double x, double& result) {
+    if (!function_ || function_->parameterCount() != 1) return false;
+    const NumberFunction* onNumbers = numberFormOf(*function_);
+    if (!onNumbers) return false;
+    double frame[FrameSlots::maxSlots];
+    frame[0] = x;
+    result = function_->callNumberFunction(*onNumbers, frame);
+    return !NotKnown::take();
 }
 
 Outcome FuncRefElement::call(std::span<const Outcome> inputs, Value* workspace) {

@@ -82,6 +82,10 @@ public:
     /// does.
     Outcome call(std::span<const Outcome> inputs, Value* workspace);
 
+    /// The same for a function of one number that has a form for it. False,
+    /// with nothing done, for any other.
+    [[nodiscard]] bool callOnNumber(double x, double& result);
+
     /// The same point by point: the function is called for each element of the
     /// last input and must answer one number each time, else operator failure
     /// `]`. The workspace is a double and takes the shape of that input.

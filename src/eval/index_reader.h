@@ -85,14 +85,14 @@ inline bool isIndexWithin(double k, int d) {
 }
 
 /// Where the element at a row and column, not yet truncated, lies in a matrix;
-/// -1 when it is outside. A product takes the place of the division that the
-/// number of columns would cost.
-inline int elementPosition(const Value& m, double row, double column) {
-    const int c = truncatedIndex(column);
-    if (!isIndexWithin(row, m.nrow()) || c < 1) return -1;
-    const std::int64_t endOfColumn = std::int64_t{c} * m.nrow();
-    if (endOfColumn > m.size()) return -1;
-    return static_cast<int>(endOfColumn) - m.nrow() + truncatedIndex(row) - 1;
+/// -1 when it is outside. A row within the rows leaves the place of a wrong
+/// column below 0 or behind the end, so that one comparison finds both.
+inline std::int64_t elementPosition(const Value& m, double row, double column) {
+    const auto rows = static_cast<std::uint32_t>(m.nrow());
+    const std::uint32_t r = static_cast<std::uint32_t>(truncatedIndex(row)) - 1u;
+    const std::int64_t at = (std::int64_t{truncatedIndex(column)} - 1) * rows + r;
+    const bool isWithin = r < rows && static_cast<std::uint64_t>(at) < static_cast<std::uint32_t>(m.size());
+    return isWithin ? at : -1;
 }
 
 /// Copies an index, truncated to integers, with its rows and mark. Fails with

@@ -9,16 +9,6 @@
 namespace vorpen {
 namespace {
 
-void combine(double& target, char op, double x) {
-    switch (op) {
-        case '=': target = x; break;
-        case 'P': target += x; break;
-        case 'M': target -= x; break;
-        case 'T': target *= x; break;
-        default: target /= x;
-    }
-}
-
 /// The right side of a store as doubles, apart from the target.
 class RightSide {
 public:
@@ -132,9 +122,9 @@ void SingleIndexedAssignStm::storeElement(int k, const Outcome& rhs) {
     // The right side may have run code that made the target shorter.
     Require(k <= lhs_->size(), "index out of bounds", "lhs");
     double& element = (*lhs_)[k - 1];
-    if (rhs.isScalar()) return combine(element, op_, rhs.number);
+    if (rhs.isScalar()) return changeElement(element, op_, rhs.number);
     Require(rhs.value()->size() == 1, "non-matching sizes", "assignment");
-    combine(element, op_, rhs.value()->doubleValue());
+    changeElement(element, op_, rhs.value()->doubleValue());
 }
 
 void SingleIndexedAssignStm::storePlanes(const IntValue& planes) {
@@ -159,7 +149,7 @@ void SingleIndexedAssignStm::storeLines(const IntValue& index, int irc) {
 void SingleIndexedAssignStm::exe() {
     double k, x;
     if (reader_.readNumber(k) && isIndexWithin(k, lhs_->size()) && selectsElements() && rhsNumber_.read(x))
-        return combine((*lhs_)[static_cast<int>(k) - 1], op_, x);
+        return changeElement((*lhs_)[static_cast<int>(k) - 1], op_, x);
     exeGeneral();
 }
 
@@ -249,7 +239,7 @@ void IndexedAssignStm::exe() {
     double r, c, x;
     if (rhsNumber_.read(x) && rowReader_.readNumber(r) && columnReader_.readNumber(c)) {
         const int at = elementPosition(*lhs_, r, c);
-        if (at >= 0) return combine((*lhs_)[at], op_, x);
+        if (at >= 0) return changeElement((*lhs_)[at], op_, x);
     }
     exeGeneral();
 }
@@ -268,7 +258,7 @@ void IndexedAssignStm::store(const Outcome& right) {
     double r, c;
     if (right.isScalar() && rowReader_.readNumber(r) && columnReader_.readNumber(c)) {
         const int at = elementPosition(*lhs_, r, c);
-        if (at >= 0) return combine((*lhs_)[at], op_, right.number);
+        if (at >= 0) return changeElement((*lhs_)[at], op_, right.number);
     }
     storeAtIndices(right);
 }
@@ -280,7 +270,7 @@ void IndexedAssignStm::storeAtIndices(const Outcome& right) {
         return storeBlock(right, row.outcome(), nullptr);
     const ReadIndex column(columnReader_);
     const int at = column.isNumber() ? elementPosition(m, row.number(), column.number()) : -1;
-    if (at >= 0) return combine(m[at], op_, right.number);
+    if (at >= 0) return changeElement(m[at], op_, right.number);
     storeBlock(right, row.outcome(), &column);
 }
 

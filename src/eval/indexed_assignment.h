@@ -18,8 +18,20 @@
 
 namespace vorpen {
 
-/// One index on a double variable. op is '=' for a plain store, or one of P,
-/// M, T, D for += -= *= /=.
+/// What a store of a number does to an element. op is '=' for a plain store, or
+/// one of P, M, T, D for += -= *= /=.
+inline void changeElement(double& target, char op, double x) {
+    switch (op) {
+        case '=': target = x; break;
+        case 'P': target += x; break;
+        case 'M': target -= x; break;
+        case 'T': target *= x; break;
+        default: target /= x;
+    }
+}
+
+/// One index on a double variable. For op see
+/// changeElement.
 class SingleIndexedAssignStm final : public AssignStm {
 public:
     SingleIndexedAssignStm(int line, DoubleValue* lhs, EvaluatablePtr index, int irc, EvaluatablePtr rhs,
@@ -27,6 +39,9 @@ public:
     void exe() override;
     [[nodiscard]] bool isPlainAssignment() const override { return false; }
     [[nodiscard]] bool uses(const Value* v) const override { return index_->uses(v) || AssignStm::uses(v); }
+    [[nodiscard]] Evaluatable& index() const { return *index_; }
+    [[nodiscard]] int irc() const { return irc_; }
+    [[nodiscard]] char op() const { return op_; }
 
 private:
     [[nodiscard]] bool selectsElements() const {
@@ -72,6 +87,9 @@ public:
     [[nodiscard]] bool uses(const Value* v) const override {
         return row_->uses(v) || column_->uses(v) || AssignStm::uses(v);
     }
+    [[nodiscard]] Evaluatable& row() const { return *row_; }
+    [[nodiscard]] Evaluatable& column() const { return *column_; }
+    [[nodiscard]] char op() const { return op_; }
 
 private:
     void store(const Outcome& right);

@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "eval/number_function.h"
 
-#include <functional>
-
 #include "eval/assignment.h"
 #include "eval/control_flow.h"
-#include "eval/number_lane.h"
+#include "eval/number_condition.h"
 #include "eval/return_statement.h"
 #include "eval/user_func.h"
 
@@ -17,21 +15,31 @@ using NumberStatementPtr = std::unique_ptr<NumberStatement>;
 using NodePtr = std::unique_ptr<NumberNode>;
 
 /// Gives a slot a value; a return does so and ends the call.
-template <Flow flow>
+template <Flow flow, class Number>
 class StoreNode final : public NumberStatement {
 public:
-    StoreNode(int slot, NodePtr value) : slot_(slot), value_(std::move(value)) {}
+    StoreNode(int slot, Number number) : slot_(slot), number_(std::move(number)) {}
     Flow exe(double* frame) const override {
-        const NumberNode::Answer answer = value_->number(frame);
-        frame[slot_] = answer.number;
-        return answer.known ? flow : Flow::unknown;
+        frame[slot_] = number_.read(frame);
+        return !Number::isCertain && NotKnown::isNoted() ? Flow::notKnown : flow;
     }
-    NodePtr takeReturned() override { return flow == Flow::done ? std::move(value_) : nullptr; }
+    NodePtr takeReturned() override {
+        return flow == Flow::done ? nodeOf({std::move(number_), nullptr, FORM_NUMERIC}) : nullptr;
+    }
 
 private:
     int slot_;
-    NodePtr value_;
+    Number number_;
 };
+
+template <Flow flow>
+NumberStatementPtr makeStore(int slot, LaneOperand number) {
+    const auto make = [slot](auto& x) -> NumberStatementPtr {
+        using Number = std::remove_reference_t<decltype(x)>;
+        return std::make_unique<StoreNode<flow, Number>>(slot, std::move(x));
+    };
+    return visitOperands<Place::outside>(make, number);
+}
 
 class EndNode final : public NumberStatement {
 public:
@@ -51,43 +59,25 @@ private:
     std::vector<NumberStatementPtr> statements_;
 };
 
-enum class Truth : unsigned char { no, yes, unknown };
-
-template <class Compare, class L, class R>
-struct Comparison {
-    L left;
-    R right;
-    [[nodiscard]] Truth test(const double* frame) const {
-        double a, b;
-        if (!left.read(frame, a) || !right.read(frame, b)) return Truth::unknown;
-        return Truth{Compare{}(a, b)};
-    }
-};
-
-struct NumberTruth {
-    NodePtr number;
-    [[nodiscard]] Truth test(const double* frame) const {
-        const NumberNode::Answer answer = number->number(frame);
-        return answer.known ? Truth{isTrue(answer.number)} : Truth::unknown;
-    }
-};
-
 /// A condition with a branch for each truth; either may be missing.
 template <class Condition>
 class ChoiceNode final : public NumberStatement {
 public:
     ChoiceNode(Condition condition, NumberStatementPtr yes, NumberStatementPtr no)
-        : condition_(std::move(condition)), branches_{std::move(no), std::move(yes)} {}
+        : condition_(std::move(condition)), yes_(std::move(yes)), no_(std::move(no)) {}
     Flow exe(double* frame) const override {
-        const Truth truth = condition_.test(frame);
-        if (truth == Truth::unknown) return Flow::unknown;
-        const NumberStatement* branch = branches_[static_cast<int>(truth)].get();
-        return branch ? branch->exe(frame) : Flow::next;
+        const bool truth = condition_.test(frame);
+        if (!Condition::isCertain && NotKnown::isNoted()) return Flow::notKnown;
+        // Two branches of the machine's own, and no table of two: what is called
+        // through a table is foreseen by the processor far less often, which made
+        // a recursion take twice as long.
+        if (truth) return yes_ ? yes_->exe(frame) : Flow::next;
+        return no_ ? no_->exe(frame) : Flow::next;
     }
 
 private:
     Condition condition_;
-    NumberStatementPtr branches_[2];
+    NumberStatementPtr yes_, no_;
 };
 
 /// Makes the second form of a body; each way answers null where there is none.
@@ -129,36 +119,9 @@ private:
 
     NumberStatementPtr buildChoice(Statement& choice, Statement* yes, Statement* no) {
         // The condition comes first, with what has its value by then.
-        auto* comparison = dynamic_cast<ComparatorElement*>(choice.expression());
-        if (!comparison) {
-            auto number = LaneBuilder(&slots_).build(*choice.expression());
-            return number ? withBranches(NumberTruth{nodeOf(std::move(*number))}, yes, no) : nullptr;
-        }
-        if (comparison->isChain()) return nullptr;
-        const LaneBuilder lane(&slots_);
-        auto left = lane.build(comparison->left()), right = lane.build(comparison->right());
-        if (!left || !right) return nullptr;
-        return std::visit(
-            [&](auto& l, auto& r) {
-                return buildComparison(comparison->accepted(), std::move(l), std::move(r), yes, no);
-            },
-            left->operand, right->operand);
-    }
-
-    template <class L, class R>
-    NumberStatementPtr buildComparison(unsigned accepted, L left, R right, Statement* yes, Statement* no) {
-        const auto with = [&](auto compare) {
-            using Condition = Comparison<decltype(compare), L, R>;
-            return withBranches(Condition{std::move(left), std::move(right)}, yes, no);
-        };
-        switch (accepted) {
-            case ORDER_LESS: return with(std::less<double>());
-            case ORDER_LESS | ORDER_EQUAL: return with(std::less_equal<double>());
-            case ORDER_EQUAL: return with(std::equal_to<double>());
-            case ORDER_GREATER: return with(std::greater<double>());
-            case ORDER_GREATER | ORDER_EQUAL: return with(std::greater_equal<double>());
-            default: return with(std::not_equal_to<double>());
-        }
+        return makeCondition<Place::outside>(LaneBuilder(slots_), *choice.expression(), [&](auto condition) {
+            return withBranches(std::move(condition), yes, no);
+        });
     }
 
     template <class Condition>
@@ -192,17 +155,21 @@ private:
             return result;
         }
         if (!statement.operatorCode() || !isAssigned(slot)) return nullptr;
-        auto number = LaneBuilder(&slots_).build(*statement.expression());
+        auto number = LaneBuilder(slots_).build(*statement.expression());
         if (!number) return nullptr;
-        auto node = joinNumbers(*statement.operatorCode(), SlotOperand{slot}, std::move(number->operand));
-        return std::make_unique<StoreNode<Flow::next>>(slot, std::move(node));
+        return makeStore<Flow::next>(
+            slot, joinNumbers(*statement.operatorCode(), SlotOperand{slot}, std::move(number->operand)));
     }
 
     template <Flow flow>
     NumberStatementPtr buildStore(int slot, Evaluatable& expression) {
-        auto number = LaneBuilder(&slots_).build(expression);
-        NodePtr node = number ? unmarkedNodeOf(std::move(*number)) : nullptr;
-        return node ? std::make_unique<StoreNode<flow>>(slot, std::move(node)) : nullptr;
+        auto number = LaneBuilder(slots_).build(expression);
+        if (!number) return nullptr;
+        // A certain number has no variable that could carry a mark.
+        if (!number->marked && number->constantMark == FORM_NUMERIC)
+            return makeStore<flow>(slot, std::move(number->operand));
+        NodePtr node = unmarkedNodeOf(std::move(*number));
+        return node ? makeStore<flow>(slot, NodeOperand{std::move(node)}) : nullptr;
     }
 
     FrameSlots& slots_;

@@ -27,7 +27,7 @@ class UserFunc;
 /// A statement of such a body.
 class NumberStatement {
 public:
-    enum class Flow : unsigned char { next, done, unknown };
+    enum class Flow : unsigned char { next, done, notKnown };
 
     virtual ~NumberStatement() = default;
     [[nodiscard]] virtual Flow exe(double* frame) const = 0;
@@ -43,11 +43,11 @@ public:
     /// Null when the body asks for more.
     static std::unique_ptr<NumberFunction> compile(UserFunc& function, Statement& body, const Value& output);
 
-    /// The frame holds the arguments first.
-    [[nodiscard]] NumberNode::Answer run(double* frame) const {
+    /// The frame holds the arguments first. As a node of the lane does, it may
+    /// note that the answer is not known.
+    [[nodiscard]] double run(double* frame) const {
         if (returned_) return returned_->number(frame);
-        if (body_->exe(frame) == NumberStatement::Flow::unknown) return NumberNode::unknown;
-        return {frame[output_], true};
+        return body_->exe(frame) == NumberStatement::Flow::notKnown ? 0 : frame[output_];
     }
 
 private:

@@ -2,6 +2,7 @@
 #include "eval/number_source.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <tuple>
 
@@ -30,6 +31,18 @@ struct Divide {
 struct Remainder {
     static double apply(double a, double b) { return remainderOf(a, b); }
 };
+/// The remainder by a power of 2 that has been looked at once: the look is two
+/// thirds of what remainderOf costs.
+struct RemainderByPower {
+    double divisor;
+    [[nodiscard]] double apply(double a, double) const {
+        const double x = std::fabs(a);
+        if (!(x < 9007199254740992.0)) return remainderOf(a, divisor);
+        const auto m = static_cast<std::int64_t>(x);
+        if (static_cast<double>(m) != x) return remainderOf(a, divisor);
+        return std::copysign(static_cast<double>(m & (static_cast<std::int64_t>(divisor) - 1)), a);
+    }
+};
 struct OtherOperator {
     int code;
     [[nodiscard]] double apply(double a, double b) const {
@@ -41,10 +54,9 @@ template <class Operator, class L, class R>
 class BinaryNode final : public NumberNode {
 public:
     BinaryNode(Operator op, L left, R right) : op_(op), left_(std::move(left)), right_(std::move(right)) {}
-    Answer number(const double* frame) const override {
-        double a, b;
-        if (!left_.read(frame, a) || !right_.read(frame, b)) return unknown;
-        return {op_.apply(a, b), true};
+    double number(const double* frame) const override {
+        const double left = left_.read(frame);
+        return op_.apply(left, right_.read(frame));
     }
 
 private:
@@ -57,11 +69,7 @@ template <class Inner>
 class NegationNode final : public NumberNode {
 public:
     explicit NegationNode(Inner inner) : inner_(std::move(inner)) {}
-    Answer number(const double* frame) const override {
-        double x;
-        if (!inner_.read(frame, x)) return unknown;
-        return {-x, true};
-    }
+    double number(const double* frame) const override { return -inner_.read(frame); }
 
 private:
     Inner inner_;
@@ -71,38 +79,25 @@ template <class Inner>
 class FunctionNode final : public NumberNode {
 public:
     FunctionNode(RealBody body, Inner inner) : body_(body), inner_(std::move(inner)) {}
-    Answer number(const double* frame) const override {
-        double x;
-        if (!inner_.read(frame, x)) return unknown;
-        return {body_(x), true};
-    }
+    double number(const double* frame) const override { return body_(inner_.read(frame)); }
 
 private:
     RealBody body_;
     Inner inner_;
 };
 
-/// A number in the place of an index; a truth value would be a mask.
-template <class Inner>
-struct IndexOperand {
-    Inner inner;
-    const Value* marked;
-
-    bool read(const double* frame, double& k) const {
-        return inner.read(frame, k) && (!marked || (marked->mark() & 15) == FORM_NUMERIC);
-    }
-};
-
+/// An element of a variable. Where it is held its shape has been looked at.
 template <class Index>
 class ElementNode final : public NumberNode {
 public:
     ElementNode(const DoubleValue& target, int irc, Index index)
         : target_(target), elementsOnly_(irc == INDEX_ELEMENT), index_(std::move(index)) {}
-    Answer number(const double* frame) const override {
-        double k;
-        if (!index_.read(frame, k) || !isIndexWithin(k, target_.size())) return unknown;
-        if (target_.form() == FORM_3D || !(elementsOnly_ || target_.isVector())) return unknown;
-        return {target_[static_cast<int>(k) - 1], true};
+    double number(const double* frame) const override {
+        const double k = index_.read(frame);
+        if (!isIndexWithin(k, target_.size())) return NotKnown::note();
+        if (isOutsideLoop<Index> && (target_.form() == FORM_3D || !(elementsOnly_ || target_.isVector())))
+            return NotKnown::note();
+        return target_[truncatedIndex(k) - 1];
     }
 
 private:
@@ -116,12 +111,11 @@ class MatrixElementNode final : public NumberNode {
 public:
     MatrixElementNode(const DoubleValue& target, Row row, Column column)
         : target_(target), row_(std::move(row)), column_(std::move(column)) {}
-    Answer number(const double* frame) const override {
-        double r, c;
-        if (!row_.read(frame, r) || !column_.read(frame, c) || target_.form() >= FORM_KEY) return unknown;
-        const int at = elementPosition(target_, r, c);
-        if (at < 0) return unknown;
-        return {target_[at], true};
+    double number(const double* frame) const override {
+        const double row = row_.read(frame);
+        const std::int64_t at = elementPosition(target_, row, column_.read(frame));
+        if (at < 0 || (mayMeet<Place::outside, Row, Column> && target_.form() >= FORM_KEY)) return NotKnown::note();
+        return target_.data()[at];
     }
 
 private:
@@ -130,17 +124,21 @@ private:
     Column column_;
 };
 
-/// A variable that must have the mark 0.
-struct UnmarkedVariable {
-    const DoubleValue* variable;
-    bool read(const double*, double& x) const {
-        return readNumber(*variable, x) && variable->mark() == FORM_NUMERIC;
-    }
-};
+std::unique_ptr<NumberNode> elementNode(const DoubleValue& target, int irc, UnmarkedOperand& index) {
+    const auto make = [&](auto& k) -> std::unique_ptr<NumberNode> {
+        return std::make_unique<ElementNode<std::remove_reference_t<decltype(k)>>>(target, irc, std::move(k));
+    };
+    return visitOperands(make, index);
+}
 
-/// An argument of a call: a number without a mark, for which the frame of the
-/// function has no place.
-using Argument = std::variant<UnmarkedVariable, SlotOperand, ConstantOperand, NodeOperand>;
+std::unique_ptr<NumberNode> matrixElementNode(const DoubleValue& target, UnmarkedOperand& row,
+                                              UnmarkedOperand& column) {
+    const auto make = [&](auto& r, auto& c) -> std::unique_ptr<NumberNode> {
+        using Node = MatrixElementNode<std::remove_reference_t<decltype(r)>, std::remove_reference_t<decltype(c)>>;
+        return std::make_unique<Node>(target, std::move(r), std::move(c));
+    };
+    return visitOperands(make, row, column);
+}
 
 /// A call of a user function. A function without a form for numbers never
 /// answers.
@@ -149,13 +147,14 @@ class CallNode final : public NumberNode {
 public:
     explicit CallNode(const UserCallElement& call, Arguments... arguments)
         : call_(call), arguments_(std::move(arguments)...) {}
-    Answer number(const double* frame) const override {
+    double number(const double* frame) const override {
         const NumberFunction* function = call_.numberFunction();
-        if (!function) return unknown;
+        if (!function) return NotKnown::note();
         double values[FrameSlots::maxSlots];
         double* next = values;
-        const auto readAll = [&](const Arguments&... each) { return (each.read(frame, *next++) && ...); };
-        if (!std::apply(readAll, arguments_)) return unknown;
+        std::apply([&](const Arguments&... each) { ((*next++ = each.read(frame)), ...); }, arguments_);
+        if (NotKnown::isNoted()) [[unlikely]]
+            return 0;
         return call_.function().callNumberFunction(*function, values);
     }
 
@@ -169,8 +168,8 @@ class UnmarkedNode final : public NumberNode {
 public:
     UnmarkedNode(std::unique_ptr<NumberNode> inner, const Value& marked)
         : inner_(std::move(inner)), marked_(marked) {}
-    Answer number(const double* frame) const override {
-        return marked_.mark() == FORM_NUMERIC ? inner_->number(frame) : unknown;
+    double number(const double* frame) const override {
+        return marked_.mark() == FORM_NUMERIC ? inner_->number(frame) : NotKnown::note();
     }
 
 private:
@@ -182,7 +181,7 @@ private:
 class LengthNode final : public NumberNode {
 public:
     explicit LengthNode(const EndIndexElement& end) : end_(end) {}
-    Answer number(const double*) const override { return {static_cast<double>(end_.value()), true}; }
+    double number(const double*) const override { return end_.value(); }
 
 private:
     const EndIndexElement& end_;
@@ -193,11 +192,7 @@ template <class Inner>
 class LeafNode final : public NumberNode {
 public:
     explicit LeafNode(Inner inner) : inner_(inner) {}
-    Answer number(const double* frame) const override {
-        double x;
-        if (!inner_.read(frame, x)) return unknown;
-        return {x, true};
-    }
+    double number(const double* frame) const override { return inner_.read(frame); }
 
 private:
     Inner inner_;
@@ -211,15 +206,58 @@ std::unique_ptr<NumberNode> nodeAround(Inner inner) {
         return std::make_unique<LeafNode<Inner>>(inner);
 }
 
-template <class Operator>
+// Sums and products know more kinds of operands than the other operators, which
+// take longer by themselves.
+using FactorOperand = std::variant<VariableOperand, SlotOperand, HeldOperand, HeldElementOperand,
+                                   HeldMatrixElementOperand, ConstantOperand, NodeOperand>;
+using SimpleOperand = std::variant<VariableOperand, SlotOperand, HeldOperand, ConstantOperand, NodeOperand>;
+
+template <class Operands, class Operator>
 std::unique_ptr<NumberNode> join(Operator op, LaneOperand left, LaneOperand right) {
+    const auto make = [op](auto& l, auto& r) -> std::unique_ptr<NumberNode> {
+        using L = std::remove_reference_t<decltype(l)>;
+        using R = std::remove_reference_t<decltype(r)>;
+        return std::make_unique<BinaryNode<Operator, L, R>>(op, std::move(l), std::move(r));
+    };
+    auto l = narrowedTo<Operands>(std::move(left)), r = narrowedTo<Operands>(std::move(right));
+    return visitOperands(make, l, r);
+}
+
+std::unique_ptr<NumberNode> joinAsNode(int code, LaneOperand left, LaneOperand right) {
+    switch (code) {
+        case OP_PLUS: return join<FactorOperand>(Plus{}, std::move(left), std::move(right));
+        case OP_MINUS: return join<FactorOperand>(Minus{}, std::move(left), std::move(right));
+        case OP_TIMES: return join<FactorOperand>(Times{}, std::move(left), std::move(right));
+        case OP_DIVIDE: return join<SimpleOperand>(Divide{}, std::move(left), std::move(right));
+        case OP_REMAINDER: return join<SimpleOperand>(Remainder{}, std::move(left), std::move(right));
+        default: return join<SimpleOperand>(OtherOperator{code}, std::move(left), std::move(right));
+    }
+}
+
+bool isPowerOfTwo(double x) {
+    int exponent;
+    return x >= 1 && x < 9007199254740992.0 && std::frexp(x, &exponent) == 0.5;
+}
+
+LaneOperand remainderByPower(LaneOperand operand, ConstantOperand power) {
+    auto left = narrowedTo<SimpleOperand>(std::move(operand));
     return std::visit(
-        [op](auto& l, auto& r) -> std::unique_ptr<NumberNode> {
-            using L = std::remove_reference_t<decltype(l)>;
-            using R = std::remove_reference_t<decltype(r)>;
-            return std::make_unique<BinaryNode<Operator, L, R>>(op, std::move(l), std::move(r));
+        [power](auto& l) -> LaneOperand {
+            using Node = BinaryNode<RemainderByPower, std::remove_reference_t<decltype(l)>, ConstantOperand>;
+            return NodeOperand{std::make_unique<Node>(RemainderByPower{power.constant}, std::move(l), power)};
         },
-        left, right);
+        left);
+}
+
+/// Joins an operand and a constant in a shorter way; nothing where there is none.
+std::optional<LaneOperand> joinConstant(int code, const LaneOperand& left, double constant) {
+    if ((code == OP_PLUS || code == OP_MINUS) && !std::isnan(constant)) {
+        // A difference has the bits of the sum with the opposite number.
+        const double addend = code == OP_PLUS ? constant : -constant;
+        if (const auto* slot = std::get_if<SlotOperand>(&left)) return SlotSumOperand{slot->slot, addend};
+        if (const auto* held = std::get_if<HeldOperand>(&left)) return HeldSumOperand{held->element, addend};
+    }
+    return std::nullopt;
 }
 
 /// Puts a node around an operand, which keeps its mark.
@@ -233,40 +271,24 @@ void wrap(LaneNumber& number, Fixed... fixed) {
         number.operand);
 }
 
-/// Nothing for a number that never has the mark 0.
-std::optional<Argument> argumentOf(std::optional<LaneNumber> number) {
-    if (!number) return std::nullopt;
-    if (auto* variable = std::get_if<VariableOperand>(&number->operand)) return UnmarkedVariable{variable->variable};
-    if (number->marked) return NodeOperand{unmarkedNodeOf(std::move(*number))};
-    if (number->constantMark != FORM_NUMERIC) return std::nullopt;
-    if (auto* slot = std::get_if<SlotOperand>(&number->operand)) return *slot;
-    if (auto* constant = std::get_if<ConstantOperand>(&number->operand)) return *constant;
-    return std::move(std::get<NodeOperand>(number->operand));
-}
-
 /// The kinds of one or two arguments are known to the node; those of more are not.
-std::unique_ptr<NumberNode> makeCall(const UserCallElement& call, std::vector<Argument> arguments) {
+std::unique_ptr<NumberNode> makeCall(const UserCallElement& call, std::vector<UnmarkedOperand> arguments) {
     const auto node = [&call](auto&... each) -> std::unique_ptr<NumberNode> {
         return std::make_unique<CallNode<std::remove_reference_t<decltype(each)>...>>(call, std::move(each)...);
     };
-    const auto asNode = [](Argument& argument) {
+    const auto asNode = [](UnmarkedOperand& argument) {
         return std::visit([](auto& inner) { return NodeOperand{nodeAround(std::move(inner))}; }, argument);
     };
     std::vector<NodeOperand> nodes;
     switch (arguments.size()) {
         case 0: return node();
-        case 1: return std::visit(node, arguments[0]);
-        case 2: return std::visit(node, arguments[0], arguments[1]);
+        case 1: return visitOperands(node, arguments[0]);
+        case 2: return visitOperands(node, arguments[0], arguments[1]);
         case 3:
         case 4: std::ranges::transform(arguments, std::back_inserter(nodes), asNode); break;
         default: return nullptr;
     }
     return nodes.size() == 3 ? node(nodes[0], nodes[1], nodes[2]) : node(nodes[0], nodes[1], nodes[2], nodes[3]);
-}
-
-template <class Inner>
-IndexOperand<Inner> asIndex(Inner& inner, const LaneNumber& number) {
-    return {std::move(inner), number.marked};
 }
 
 }  // namespace
@@ -285,15 +307,25 @@ std::unique_ptr<NumberNode> unmarkedNodeOf(LaneNumber number) {
     return std::make_unique<UnmarkedNode>(nodeOf(std::move(number)), *marked);
 }
 
-std::unique_ptr<NumberNode> joinNumbers(int code, LaneOperand left, LaneOperand right) {
-    switch (code) {
-        case OP_PLUS: return join(Plus{}, std::move(left), std::move(right));
-        case OP_MINUS: return join(Minus{}, std::move(left), std::move(right));
-        case OP_TIMES: return join(Times{}, std::move(left), std::move(right));
-        case OP_DIVIDE: return join(Divide{}, std::move(left), std::move(right));
-        case OP_REMAINDER: return join(Remainder{}, std::move(left), std::move(right));
-        default: return join(OtherOperator{code}, std::move(left), std::move(right));
+std::optional<UnmarkedOperand> unmarkedOperandOf(LaneNumber number) {
+    if (auto* variable = std::get_if<VariableOperand>(&number.operand)) return UnmarkedVariable{variable->variable};
+    if (number.marked) return NodeOperand{unmarkedNodeOf(std::move(number))};
+    if (number.constantMark != FORM_NUMERIC) return std::nullopt;
+    if (auto* slot = std::get_if<SlotOperand>(&number.operand)) return *slot;
+    if (auto* sum = std::get_if<SlotSumOperand>(&number.operand)) return *sum;
+    if (auto* held = std::get_if<HeldOperand>(&number.operand)) return *held;
+    if (auto* sum = std::get_if<HeldSumOperand>(&number.operand)) return *sum;
+    if (auto* constant = std::get_if<ConstantOperand>(&number.operand)) return *constant;
+    return NodeOperand{nodeOf(std::move(number))};
+}
+
+LaneOperand joinNumbers(int code, LaneOperand left, LaneOperand right) {
+    if (const auto* constant = std::get_if<ConstantOperand>(&right)) {
+        if (auto joined = joinConstant(code, left, constant->constant)) return std::move(*joined);
+        if (code == OP_REMAINDER && isPowerOfTwo(constant->constant))
+            return remainderByPower(std::move(left), *constant);
     }
+    return NodeOperand{joinAsNode(code, std::move(left), std::move(right))};
 }
 
 int FrameSlots::find(const Value* local) const {
@@ -306,6 +338,35 @@ bool FrameSlots::add(const Value* local) {
     if (count_ == maxSlots) return false;
     locals_[count_++] = local;
     return true;
+}
+
+bool Hold::Number::isKept() const {
+    double x;
+    return readNumber(*variable, x) && variable->mark() == FORM_NUMERIC && variable->data() == element;
+}
+
+bool Hold::Array::isKept() const {
+    return variable->mark() == FORM_NUMERIC && (!isVector || variable->isVector());
+}
+
+const double* Hold::holdNumber(const DoubleValue& variable) {
+    const Number number{&variable, variable.data()};
+    if (!number.isKept()) return nullptr;
+    const auto isSame = [&](const Number& other) { return other.variable == &variable; };
+    if (std::ranges::none_of(numbers_, isSame)) numbers_.push_back(number);
+    return number.element;
+}
+
+bool Hold::holdArray(const DoubleValue& variable, bool isVector) {
+    const Array array{&variable, isVector};
+    if (!array.isKept()) return false;
+    const auto isSame = [&](const Array& other) { return other.variable == &variable && other.isVector == isVector; };
+    if (std::ranges::none_of(arrays_, isSame)) arrays_.push_back(array);
+    return true;
+}
+
+bool Hold::isKept() const {
+    return std::ranges::all_of(numbers_, &Number::isKept) && std::ranges::all_of(arrays_, &Array::isKept);
 }
 
 std::optional<LaneNumber> LaneBuilder::build(Evaluatable& element) const {
@@ -341,8 +402,13 @@ std::optional<LaneNumber> LaneBuilder::buildPiece(const ExpressionItems& items, 
 std::optional<LaneNumber> LaneBuilder::buildVariable(const ValueElement& element) const {
     const auto* variable = dynamic_cast<const DoubleValue*>(element.variable());
     if (!variable) return std::nullopt;
+    if (hold_) {
+        const double* element = hold_->holdNumber(*variable);
+        if (!element) return std::nullopt;
+        return LaneNumber{HeldOperand{element}, nullptr, FORM_NUMERIC};
+    }
     const int slot = slots_ ? slots_->find(variable) : -1;
-    if (slot < 0) return LaneNumber{VariableOperand{variable}, variable, 0};
+    if (slot < 0) return LaneNumber{VariableOperand{variable}, variable, 0, variable};
     if (!(slots_->assigned >> slot & 1u)) return std::nullopt;
     return LaneNumber{SlotOperand{slot}, nullptr, FORM_NUMERIC};
 }
@@ -371,17 +437,15 @@ std::optional<LaneNumber> LaneBuilder::buildLevel(const ExpressionItems& items, 
         const int code = items[next++].op;
         auto right = buildLevel(items, next, level - 1);
         if (!right) return std::nullopt;
-        left->operand = NodeOperand{joinNumbers(code, std::move(left->operand), std::move(right->operand))};
+        left->operand = joinNumbers(code, std::move(left->operand), std::move(right->operand));
     }
     return left;
 }
 
-/// An index, behind the truncation that the front end puts around it.
-std::optional<LaneNumber> LaneBuilder::buildIndex(Evaluatable& index) const {
+std::optional<UnmarkedOperand> LaneBuilder::buildIndex(Evaluatable& index) const {
     auto* truncated = dynamic_cast<DoubleToIntElement*>(&index);
     auto built = build(truncated ? truncated->inner() : index);
-    if (built && !built->marked && (built->constantMark & 15) != FORM_NUMERIC) return std::nullopt;
-    return built;
+    return built ? unmarkedOperandOf(std::move(*built)) : std::nullopt;
 }
 
 /// An indexed variable: no slot, which has no array behind it.
@@ -390,26 +454,30 @@ const DoubleValue* LaneBuilder::arrayTarget(const Value* target) const {
     return dynamic_cast<const DoubleValue*>(target);
 }
 
+/// An element of an array as a number: the operand is made when the array is
+/// held, or needs not be.
+template <class Make>
+std::optional<LaneNumber> LaneBuilder::elementOf(const DoubleValue& target, bool isVector, const Make& make) const {
+    if (hold_ && !hold_->holdArray(target, isVector)) return std::nullopt;
+    return LaneNumber{make(), hold_ ? nullptr : &target, FORM_NUMERIC};
+}
+
 std::optional<LaneNumber> LaneBuilder::buildElement(const IndexedElementSingle& element) const {
     const DoubleValue* target = arrayTarget(element.target());
     if (!target || element.irc() > INDEX_ELEMENT) return std::nullopt;
     auto index = buildIndex(element.index());
     if (!index) return std::nullopt;
-    auto node = std::visit(
-        [&](auto& inner) -> std::unique_ptr<NumberNode> {
-            auto operand = asIndex(inner, *index);
-            return std::make_unique<ElementNode<decltype(operand)>>(*target, element.irc(), std::move(operand));
-        },
-        index->operand);
-    return LaneNumber{NodeOperand{std::move(node)}, target, 0};
+    return elementOf(*target, element.irc() != INDEX_ELEMENT, [&]() -> LaneOperand {
+        if (auto* held = std::get_if<HeldOperand>(&*index)) return HeldElementOperand{target, held->element};
+        return NodeOperand{elementNode(*target, element.irc(), *index)};
+    });
 }
 
 std::optional<LaneNumber> LaneBuilder::buildFixedElement(const ConstIndexElement& element) const {
     const DoubleValue* target = arrayTarget(element.target());
     if (!target) return std::nullopt;
-    auto node = std::make_unique<ElementNode<ConstantOperand>>(
-        *target, INDEX_ELEMENT, ConstantOperand{static_cast<double>(element.index())});
-    return LaneNumber{NodeOperand{std::move(node)}, target, 0};
+    UnmarkedOperand index = ConstantOperand{static_cast<double>(element.index())};
+    return elementOf(*target, false, [&] { return NodeOperand{elementNode(*target, INDEX_ELEMENT, index)}; });
 }
 
 std::optional<LaneNumber> LaneBuilder::buildMatrixElement(const IndexedElementDouble& element) const {
@@ -418,15 +486,11 @@ std::optional<LaneNumber> LaneBuilder::buildMatrixElement(const IndexedElementDo
     auto row = buildIndex(element.row());
     auto column = buildIndex(element.column());
     if (!row || !column) return std::nullopt;
-    auto node = std::visit(
-        [&](auto& r, auto& c) -> std::unique_ptr<NumberNode> {
-            auto rowOperand = asIndex(r, *row);
-            auto columnOperand = asIndex(c, *column);
-            using Node = MatrixElementNode<decltype(rowOperand), decltype(columnOperand)>;
-            return std::make_unique<Node>(*target, std::move(rowOperand), std::move(columnOperand));
-        },
-        row->operand, column->operand);
-    return LaneNumber{NodeOperand{std::move(node)}, target, 0};
+    return elementOf(*target, false, [&]() -> LaneOperand {
+        const auto *heldRow = std::get_if<HeldOperand>(&*row), *heldColumn = std::get_if<HeldOperand>(&*column);
+        if (heldRow && heldColumn) return HeldMatrixElementOperand{target, heldRow->element, heldColumn->element};
+        return NodeOperand{matrixElementNode(*target, *row, *column)};
+    });
 }
 
 /// A function that has a body without a form for numbers would only be a
@@ -436,9 +500,10 @@ std::optional<LaneNumber> LaneBuilder::buildCall(UserCallElement& element) const
     if (!element.hasPlainArguments() || (function.hasBody() && !function.hasNumberFunction()))
         return std::nullopt;
     if (element.arguments().size() != static_cast<std::size_t>(function.parameterCount())) return std::nullopt;
-    std::vector<Argument> arguments;
+    std::vector<UnmarkedOperand> arguments;
     for (Evaluatable* given : element.arguments()) {
-        auto argument = argumentOf(build(*given));
+        auto number = build(*given);
+        auto argument = number ? unmarkedOperandOf(std::move(*number)) : std::nullopt;
         if (!argument) return std::nullopt;
         arguments.push_back(std::move(*argument));
     }
@@ -456,7 +521,8 @@ NumberSource::NumberSource(LaneNumber number) : constantMark_(number.constantMar
         constant_ = constant->constant;
     } else {
         kind_ = Kind::node;
-        node_ = std::move(std::get<NodeOperand>(number.operand).node);
+        variable_ = number.first;
+        node_ = nodeOf(std::move(number));
     }
 }
 

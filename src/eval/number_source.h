@@ -12,6 +12,11 @@
 // the answer is "not known", and whoever asked evaluates the first tree from
 // the start. That is unseen, since nothing in the lane has an effect: it runs
 // no code of the user, prints nothing and never fails.
+//
+// "Not known" is one flag for the whole lane and no part of an answer, so that
+// a number that is certain costs no look at it: whoever asks the lane looks
+// once, when the answer has come. What nodes compute behind an operand that is
+// not known means nothing; a node that calls a function looks before the call.
 
 #include <memory>
 
@@ -21,18 +26,34 @@ namespace vorpen {
 
 struct LaneNumber;
 
+/// The flag. It is down whenever nobody waits for an answer. The lane runs on
+/// the main thread alone.
+class NotKnown {
+public:
+    /// Raises it, and stands for the number.
+    static double note() {
+        noted_ = true;
+        return 0;
+    }
+    [[nodiscard]] static bool isNoted() { return noted_; }
+    /// For whoever asked the lane: whether it is up; it is down afterwards.
+    [[nodiscard]] static bool take() {
+        if (!noted_) [[likely]]
+            return false;
+        noted_ = false;
+        return true;
+    }
+
+private:
+    static inline constinit bool noted_ = false;
+};
+
 /// A node of the lane.
 class NumberNode {
 public:
-    struct Answer {
-        double number;
-        bool known;
-    };
-    static constexpr Answer unknown{0, false};
-
     virtual ~NumberNode() = default;
     /// The frame holds the locals of the function around, if they are slots.
-    [[nodiscard]] virtual Answer number(const double* frame) const = 0;
+    [[nodiscard]] virtual double number(const double* frame) const = 0;
 };
 
 /// The number in a variable that holds one in one row.
@@ -53,9 +74,10 @@ public:
     /// The number, or false when the element must be evaluated.
     bool read(double& x) const {
         if (kind_ == Kind::node) {
-            const NumberNode::Answer answer = node_->number(nullptr);
-            x = answer.number;
-            return answer.known;
+            // An expression on arrays costs the lane no more than this look.
+            if (variable_ && variable_->size() != 1) return false;
+            x = node_->number(nullptr);
+            return !NotKnown::take();
         }
         if (kind_ == Kind::variable) return readNumber(*variable_, x);
         x = constant_;
@@ -83,7 +105,7 @@ private:
     Kind kind_ = Kind::none;
     int constantMark_ = FORM_NUMERIC;
     const Value* marked_ = nullptr;  ///< carries the mark; null for a constant
-    const DoubleValue* variable_ = nullptr;
+    const DoubleValue* variable_ = nullptr;  ///< the variable, or the leftmost one of a node; may be null for a node
     double constant_ = 0;
     std::unique_ptr<NumberNode> node_;
 };

@@ -70,12 +70,16 @@ using Block = std::vector<StatementPtr>;
 class BlockStm final : public Statement {
 public:
     BlockStm(int line, Block statements) : Statement(line), statements_(std::move(statements)) {}
-    void exe() override;
+    void exe() override { runFrom(0); }
+    /// Goes on behind statement number k (from 0), which has just been run.
+    void goOnBehind(std::size_t k);
     [[nodiscard]] bool uses(const Value* v) const override;
     [[nodiscard]] Block& statements() { return statements_; }
     [[nodiscard]] const Block& statements() const { return statements_; }
 
 private:
+    void runFrom(std::size_t first);
+
     Block statements_;
 };
 

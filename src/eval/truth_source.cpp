@@ -5,23 +5,26 @@
 
 namespace vorpen {
 
-TruthSource::TruthSource(Evaluatable& condition) : comparison_(dynamic_cast<ComparatorElement*>(&condition)) {
-    if (comparison_) return;
+std::optional<JointComparisons> JointComparisons::in(Evaluatable& condition) {
     const auto* joint = dynamic_cast<const GeneralIntegerExpression*>(&condition);
-    if (!joint) {
-        number_ = NumberSource(condition);
-        return;
-    }
-    // Only two comparisons: with more operands what is skipped depends on
-    // their order, and a plain number on the right is tested untruncated.
+    if (!joint) return std::nullopt;
     const ExpressionItems& items = joint->items();
     const int op = items.front().op;
-    if (items.size() != 2 || (op != OP_AND_THEN && op != OP_OR_ELSE)) return;
+    if (items.size() != 2 || (op != OP_AND_THEN && op != OP_OR_ELSE)) return std::nullopt;
     for (const ExpressionItem& item : items)
-        if (!dynamic_cast<ComparatorElement*>(item.operand.get())) return;
-    left_ = std::make_unique<TruthSource>(*items[0].operand);
-    right_ = std::make_unique<TruthSource>(*items[1].operand);
-    decidesAtOnce_ = op == OP_OR_ELSE;
+        if (!dynamic_cast<ComparatorElement*>(item.operand.get())) return std::nullopt;
+    return JointComparisons{*items[0].operand, *items[1].operand, op == OP_OR_ELSE};
+}
+
+TruthSource::TruthSource(Evaluatable& condition) : comparison_(dynamic_cast<ComparatorElement*>(&condition)) {
+    if (comparison_) return;
+    if (const auto joint = JointComparisons::in(condition)) {
+        left_ = std::make_unique<TruthSource>(joint->left);
+        right_ = std::make_unique<TruthSource>(joint->right);
+        decidesAtOnce_ = joint->decidesAtOnce;
+    } else {
+        number_ = NumberSource(condition);
+    }
 }
 
 TruthSource::Truth TruthSource::readOther() const {

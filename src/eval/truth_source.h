@@ -15,6 +15,26 @@ namespace vorpen {
 /// one that is not 0.
 inline bool isTrue(double x) { return !(x > -1 && x < 1); }
 
+/// A condition as a node of the lane.
+class TruthNode {
+public:
+    virtual ~TruthNode() = default;
+    /// As with a number, it may be noted that the truth is not known.
+    [[nodiscard]] virtual bool test(const double* frame) const = 0;
+};
+
+/// Two comparisons joined by `&&` or `||`.
+struct JointComparisons {
+    Evaluatable& left;
+    Evaluatable& right;
+    bool decidesAtOnce;  ///< the left truth that makes the right one needless
+
+    /// Nothing for any other condition. With more operands what is skipped
+    /// depends on their order, and a plain number on the right is tested
+    /// untruncated.
+    static std::optional<JointComparisons> in(Evaluatable& condition);
+};
+
 class TruthSource {
 public:
     explicit TruthSource(Evaluatable& condition);

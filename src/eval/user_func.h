@@ -190,16 +190,16 @@ public:
     /// The form for numbers while it is worth a call, or null.
     [[nodiscard]] const NumberFunction* numberFunction() const { return usedNumberFunction_; }
     [[nodiscard]] bool hasNumberFunction() const { return numberFunction_ || makesNumberFunction_; }
-    /// One call of that form. A function that again and again asks for more
-    /// than numbers is not tried for ever.
-    NumberNode::Answer callNumberFunction(const NumberFunction& function, double* frame) {
+    /// One call of that form, which answers as a node of the lane does. A
+    /// function that again and again asks for more than numbers is not tried
+    /// for ever.
+    double callNumberFunction(const NumberFunction& function, double* frame) {
         if (!mayBegin()) [[unlikely]]
-            return NumberNode::unknown;
+            return NotKnown::note();
         ++depth_;
-        const NumberNode::Answer answer = function.run(frame);
-        --depth_;
-        if (depth_ == 0) noteNumberAnswer(answer.known);
-        return answer;
+        const double result = function.run(frame);
+        if (--depth_ == 0) noteNumberAnswer();
+        return result;
     }
 
     /// True when all parameters and the first output are doubles, and passed
@@ -226,8 +226,8 @@ private:
         bool isParameter;
     };
 
-    void noteNumberAnswer(bool known) {
-        if (known)
+    void noteNumberAnswer() {
+        if (!NotKnown::isNoted())
             numberCredit_ += numberCredit_ < initialCredit;
         else if (--numberCredit_ == 0)
             usedNumberFunction_ = nullptr;

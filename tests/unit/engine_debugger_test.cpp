@@ -245,6 +245,22 @@ TEST_F(DebuggerTest, FastFormsOfFunctionsAreSteppedThrough) {
                                      "Stepping at line 3", "Stepping at line 7"}));
 }
 
+TEST_F(DebuggerTest, ALoopIsSteppedThroughFromAnyRoundOn) {
+    // A loop that has run for some rounds has a form without statements.
+    const auto titlesFrom = [&](const std::string& round) {
+        write("l.vrp", "s=0\nfor i=1:30;\n    s += i\n    if i == " + round +
+                           ";\n        s += 1;!\n    s += 2\n    t = s\ns;;\n");
+        EXPECT_EQ(type("use l", {Command::step, Command::step, Command::step, Command::step, Command::step,
+                                 Command::step, Command::step, Command::proceed}),
+                  "526");
+        return view.titles();
+    };
+    const Titles early = titlesFrom("3");
+    EXPECT_EQ(early, (Titles{"Breakpoint at line 5", "Stepping at line 4", "Stepping at line 6", "Stepping at line 7",
+                             "Stepping at line 3", "Stepping at line 4", "Stepping at line 6", "Stepping at line 7"}));
+    EXPECT_EQ(titlesFrom("25"), early);
+}
+
 // ---- what is shown
 
 TEST_F(DebuggerTest, OutsideAFunctionThereIsTheValueAlone) {
