@@ -4,6 +4,7 @@
 usage: desktop_figures.py PROGRAM [options of unittest]
 """
 import os
+import signal
 
 import desktop_harness
 
@@ -135,6 +136,21 @@ class Figures(FigureTest):
         self.desktop.close_window(figure)
         self.desktop.release()
         self.desktop.no_window('Figure 1')
+
+    def test_what_is_done_in_a_figure_comes_behind_the_line_typed_before(self):
+        self.type_and_wait('figure;')
+        figure = self.desktop.window('Figure 1')
+        self.desktop.settled(figure)
+        lines = {'event': 'function y=onLDown(p); writetext("%s","heard"); y=1; end',
+                 'wait': 'getclick(0); writetext("%s","heard");'}
+        for name, line in lines.items():
+            # All of it comes at once, as on a machine that is slow for a moment.
+            self.desktop.focus(self.console)
+            self.program.send_signal(signal.SIGSTOP)
+            self.type(line % self.path(name))
+            self.desktop.click(200, 200, figure)
+            self.program.send_signal(signal.SIGCONT)
+            self.assertEqual(self.told(name), 'heard')
 
     def test_the_cursor_of_a_function_follows_the_mouse(self):
         self.type('fplot(x/10;x,[0,10],"r")')

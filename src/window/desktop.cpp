@@ -35,6 +35,26 @@ bool isBlocked(const QWidget& widget) {
     return box && widget.window() != box;
 }
 
+bool isMenu(const QWidget& widget) {
+    return qobject_cast<const QMenu*>(&widget) || qobject_cast<const QMenuBar*>(&widget);
+}
+
+bool isOfFigure(const QWidget& widget) { return dynamic_cast<const FigureWindow*>(widget.window()) != nullptr; }
+
+/// What a figure's functions may hear of.
+bool isDoneByUser(const QEvent& event) {
+    switch (event.type()) {
+        case QEvent::KeyPress:
+        case QEvent::KeyRelease:
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonRelease:
+        case QEvent::MouseButtonDblClick:
+        case QEvent::MouseMove:
+        case QEvent::Close: return true;
+        default: return false;
+    }
+}
+
 constexpr int endingSignals[] = {SIGTERM, SIGHUP, SIGINT};
 
 Desktop* theDesktop = nullptr;
@@ -71,6 +91,7 @@ Desktop::Desktop(std::optional<std::string> home) : home_(std::move(home)) {
     sinceServed_.start();
     listenToSignals();
     setService([] { theDesktop->serveWhileBusy(); });
+    QCoreApplication::instance()->installEventFilter(this);
     // The window library leaves the program at once when its display is lost.
     [[maybe_unused]] static const bool registered = std::atexit([] { saveNow(); }) == 0;
 }
@@ -170,10 +191,8 @@ void Desktop::serveWhileBusy() {
     turns_.isComputing = true;
     running_.back()->showBusy();
     running_.back()->console().showOutput();
-    QCoreApplication::instance()->installEventFilter(this);
     constexpr int longestMilliseconds = 20;
     QCoreApplication::processEvents(QEventLoop::AllEvents, longestMilliseconds);
-    QCoreApplication::instance()->removeEventFilter(this);
     turns_.isComputing = false;
     giveKeptEvents();
 }
@@ -188,46 +207,64 @@ void Desktop::keep(QWidget& target, const QEvent& event) {
 }
 
 void Desktop::giveKeptEvents() {
-    for (KeptEvent& kept : std::exchange(kept_, {})) {
-        if (!kept.target) continue;
-        const auto give = [target = kept.target, event = std::shared_ptr<QEvent>(std::move(kept.event))] {
-            if (event->type() == QEvent::Close)
-                target->close();
-            else if (isRelease(*event) || !isBlocked(*target))
-                QCoreApplication::sendEvent(target, event.get());
-        };
-        QMetaObject::invokeMethod(kept.target, give, Qt::QueuedConnection);
-    }
+    for (KeptEvent& kept : std::exchange(kept_, {})) giveLater(std::move(kept));
+}
+
+void Desktop::giveLater(KeptEvent kept) {
+    if (!kept.target) return;
+    const auto give = [target = kept.target, event = std::shared_ptr<QEvent>(std::move(kept.event))] {
+        if (event->type() == QEvent::Close)
+            target->close();
+        else if (isRelease(*event) || !isBlocked(*target))
+            QCoreApplication::sendEvent(target, event.get());
+    };
+    QMetaObject::invokeMethod(kept.target, give, Qt::QueuedConnection);
+}
+
+bool Desktop::eventFilter(QObject* target, QEvent* event) {
+    if (!target->isWidgetType()) return false;
+    auto& widget = static_cast<QWidget&>(*target);
+    return turns_.isComputing ? isHeldBack(widget, *event) : comesBehindLine(widget, *event);
+}
+
+/// True for what is done in a figure when a line that was typed before it has
+/// not begun yet, as on a machine that is slow for a moment: it comes when the
+/// line runs, which may wait for just that, or has run.
+bool Desktop::comesBehindLine(QWidget& target, QEvent& event) {
+    if (!isDoneByUser(event) || !isOfFigure(target) || isMenu(target)) return false;
+    const auto isLineNext = [](const auto& console) { return console->console().isLineNext(); };
+    if (std::none_of(consoles_.begin(), consoles_.end(), isLineNext)) return false;
+    event.ignore();
+    giveLater({&target, std::unique_ptr<QEvent>(event.clone())});
+    return true;
 }
 
 /// True for an event that does not come through while something computes. Those
 /// of figures come later, so that a button that is released then is not held
 /// down for ever.
-bool Desktop::eventFilter(QObject* target, QEvent* event) {
-    if (!target->isWidgetType()) return false;
-    auto& widget = static_cast<QWidget&>(*target);
-    const bool isMenu = qobject_cast<QMenu*>(target) || qobject_cast<QMenuBar*>(target);
-    const bool isOfFigure = dynamic_cast<FigureWindow*>(widget.window()) != nullptr;
-    switch (event->type()) {
+bool Desktop::isHeldBack(QWidget& target, QEvent& event) {
+    const bool isKept = isOfFigure(target) && !isMenu(target);
+    switch (event.type()) {
         case QEvent::Close:
-            if (isMenu || dynamic_cast<ConsoleWindow*>(target)) return false;
-            if (isOfFigure) keep(widget, *event);
-            event->ignore();
+            if (isMenu(target) || dynamic_cast<ConsoleWindow*>(&target)) return false;
+            if (isKept) keep(target, event);
+            event.ignore();
             return true;
         case QEvent::KeyPress:
         case QEvent::KeyRelease:
-            if (isOfFigure && !isMenu) keep(widget, *event);
+            if (isKept) keep(target, event);
             [[fallthrough]];
         case QEvent::ShortcutOverride:
         case QEvent::InputMethod:
             // The console keeps the keys.
-            return !isMenu && !dynamic_cast<ConsoleWidget*>(target) && !dynamic_cast<ConsoleWindow*>(target);
+            return !isMenu(target) && !dynamic_cast<ConsoleWidget*>(&target) &&
+                   !dynamic_cast<ConsoleWindow*>(&target);
         case QEvent::MouseButtonPress:
         case QEvent::MouseButtonRelease:
         case QEvent::MouseButtonDblClick:
         case QEvent::MouseMove:
-            if (isOfFigure && !isMenu) keep(widget, *event);
-            return !isMenu && !qobject_cast<QScrollBar*>(target);
+            if (isKept) keep(target, event);
+            return !isMenu(target) && !qobject_cast<QScrollBar*>(&target);
         case QEvent::ContextMenu:
         case QEvent::Drop: return true;
         default: return false;

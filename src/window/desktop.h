@@ -78,7 +78,7 @@ protected:
     bool eventFilter(QObject* target, QEvent* event) override;
 
 private:
-    /// What the user did in a figure while something computed.
+    /// What the user did in a figure while that could not be heard.
     struct KeptEvent {
         QPointer<QWidget> target;
         std::unique_ptr<QEvent> event;
@@ -90,6 +90,9 @@ private:
     void keep(QWidget& target, const QEvent& event);
     /// Gives kept events to the window system again, in their order.
     void giveKeptEvents();
+    static void giveLater(KeptEvent kept);
+    [[nodiscard]] bool isHeldBack(QWidget& target, QEvent& event);
+    [[nodiscard]] bool comesBehindLine(QWidget& target, QEvent& event);
 
     std::optional<std::string> home_;
     std::vector<std::unique_ptr<ConsoleWindow>> consoles_;
