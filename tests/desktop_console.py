@@ -175,6 +175,8 @@ class Console(desktop_harness.DesktopTest):
         self.desktop.until(lambda: self.desktop.picture(box, below) != before, 'the list of what fits')
         self.desktop.keys('Return')
         self.desktop.no_window('cd ...')
+        # The list that the box opened keeps the keyboard until the box is no more.
+        self.until_row(4, GREEN, 'the prompt behind the box')
         self.desktop.focus(self.window)
         self.desktop.type('w=cd("");\n')
         self.until_row(5, GREEN, 'the prompt behind the new folder')
