@@ -7,7 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <QtGui/QRawFont>
+#include <QtGui/QFontInfo>
 #include <QtWidgets/QApplication>
 #include <cstdio>
 #include <cstdlib>
@@ -77,9 +77,9 @@ int run(int count, char** words) {
     usualHandler = qInstallMessageHandler(onMessageAtStart);
     QApplication application(count, words);
     qInstallMessageHandler(onMessage);
-    // Each scalable font has this table; what stands in for a missing one has none.
-    if (QRawFont::fromFont(QApplication::font()).fontTable("head").isEmpty())
-        std::fputs("vorpen: no scalable font was found; text may be shown as boxes\n", stderr);
+    // What stands in for a missing font has no name.
+    if (QFontInfo(QApplication::font()).family().isEmpty())
+        std::fputs("vorpen: no font was found; text may be shown as boxes\n", stderr);
     QApplication::setApplicationName("vorpen");
     QApplication::setApplicationVersion(VORPEN_VERSION);
     QApplication::setDesktopFileName("vorpen");
