@@ -234,8 +234,9 @@ bool Desktop::comesBehindLine(QWidget& target, QEvent& event) {
     if (!isDoneByUser(event) || !isOfFigure(target) || isMenu(target)) return false;
     const auto isLineNext = [](const auto& console) { return console->console().isLineNext(); };
     if (std::none_of(consoles_.begin(), consoles_.end(), isLineNext)) return false;
-    event.ignore();
     giveLater({&target, std::unique_ptr<QEvent>(event.clone())});
+    // A press or a key that is ignored would go on to the parent.
+    if (event.type() == QEvent::Close) event.ignore();
     return true;
 }
 
