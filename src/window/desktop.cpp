@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <QtCore/QAbstractEventDispatcher>
 #include <QtCore/QSocketNotifier>
 #include <QtGui/QWindow>
 #include <QtWidgets/QApplication>
@@ -148,6 +149,9 @@ void Desktop::beginRun(ConsoleWindow& console) {
     running_.push_back(&console);
     sinceServed_.start();
     clock_.beginRun();
+    // A run is begun by a posted event. What was posted behind that one would
+    // not end the sleep of a run that waits.
+    QCoreApplication::eventDispatcher()->wakeUp();
 }
 
 void Desktop::endRun() {
