@@ -421,6 +421,13 @@ void GuiClass::command(int id) {
     }
 }
 
+void GuiClass::choose(int id) {
+    if (isLineNext())
+        view_.post(id);
+    else
+        command(id);
+}
+
 void GuiClass::chooseDirectory(const std::string& directory) {
     if (!isBusy()) typeText("cd " + asWord(directory));
     setFocus();

@@ -111,6 +111,9 @@ public:
     void onWheel(int lines);
     /// The number of a command from a menu, a key, a button or `post`.
     void command(int id);
+    /// The same for what somebody picked: a line that was typed before it and is
+    /// still to run comes first.
+    void choose(int id);
     /// Completes the word before the caret; of several the choice is printed.
     void completeLine();
     /// A directory was chosen in the box.

@@ -108,7 +108,7 @@ void ConsoleWidget::makeStrip() {
         auto* made = new QPushButton(text, strip);
         made->setGeometry(toQRect(place));
         made->setFocusPolicy(Qt::NoFocus);
-        QObject::connect(made, &QPushButton::clicked, this, [this, id] { console_->command(id); });
+        QObject::connect(made, &QPushButton::clicked, this, [this, id] { console_->choose(id); });
         return made;
     };
     exec_ = button("Exec", execButtonPlace, COMMAND_EXEC_BUTTON);

@@ -86,7 +86,7 @@ void ConsoleWindow::makeMenus() {
         heading = row.menu;
         QAction* item = menu->addAction(menuText(row.item));
         item->setData(row.id);
-        QObject::connect(item, &QAction::triggered, this, [this, id = row.id] { console_->command(id); });
+        QObject::connect(item, &QAction::triggered, this, [this, id = row.id] { console_->choose(id); });
     }
 }
 

@@ -682,6 +682,25 @@ TEST_F(GuiClassTest, zoomKeepsItsFractions) {
     EXPECT_LE(view.fontSize, 400);
 }
 
+TEST_F(GuiClassTest, whatIsPickedComesBehindALineThatIsToRun) {
+    gui.choose(COMMAND_LAUNCH);
+    EXPECT_EQ(view.launches, 1);
+    during = [this](const std::string& line) { EXPECT_EQ(view.launches, line == "a" ? 1 : 2); };
+    type("a\r");
+    gui.choose(COMMAND_LAUNCH);
+    gui.choose(COMMAND_EXECUTE);
+    EXPECT_EQ(view.launches, 1);
+    servePosts();
+    EXPECT_EQ(view.launches, 2);
+    EXPECT_EQ(runs.at(0), (std::pair<std::string, char>("a", '>')));
+    // The second Enter finds the line that is empty again.
+    EXPECT_EQ(runs.size(), 2u);
+    // While something runs a pick is dropped as ever.
+    during = [this](const std::string&) { gui.choose(COMMAND_LAUNCH); };
+    enter("b");
+    EXPECT_EQ(view.launches, 2);
+}
+
 TEST_F(GuiClassTest, theOtherCommandsGoToTheWindow) {
     gui.command(COMMAND_EXIT);
     gui.command(COMMAND_ABOUT);
