@@ -231,7 +231,11 @@ std::string describeUserFunction(const UserFunc& function) {
 
 // ---- the question
 
-bool showsAsItStands(const Value& v) { return v.isNumericKind() && v.isString() && holdsMarkup(v.text()); }
+/// A string with braces or backslashes. Without them the other marks are plain
+/// text, and the string is shown like any value.
+bool showsAsItStands(const Value& v) {
+    return v.isNumericKind() && v.isString() && v.text().find_first_of("{}\\") != std::string::npos;
+}
 
 void showValue(const Value& v, ConsoleText& console) {
     if (v.isEmpty()) return;
