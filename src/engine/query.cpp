@@ -167,7 +167,7 @@ std::string firstWord(std::string_view line) {
 
 /// The lines of a file from one to another number, from 1.
 std::vector<std::string> linesOfFile(const std::string& path, int first, int last) {
-    std::ifstream in(path);
+    std::ifstream in(toUtf8(path));
     std::vector<std::string> lines;
     std::string line;
     for (int number = 1; number <= last && std::getline(in, line); ++number) {
