@@ -19,11 +19,11 @@ enum class Durability {
 };
 
 /// Calls `write` with a binary stream and puts what it wrote in the place of
-/// the file at `path`. False, with the old file untouched, when the temporary
-/// file could not be made, written in full or renamed. An exception out of
-/// `write` removes the temporary file and passes on. A path that is a link
-/// keeps the link: the file behind it is replaced. An existing file keeps its
-/// permissions. A device or a pipe is written to as it is.
+/// the file at `path`, in UTF-8. False, with the old file untouched, when the
+/// temporary file could not be made, written in full or renamed. An exception
+/// out of `write` removes the temporary file and passes on. A path that is a
+/// link keeps the link: the file behind it is replaced. An existing file keeps
+/// its permissions. A device or a pipe is written to as it is.
 [[nodiscard]] bool replaceFile(const std::string& path, const std::function<void(std::ostream&)>& write,
                                Durability durability = Durability::ofProgram);
 

@@ -44,7 +44,7 @@ FileText readExisting(const std::string& name, std::string_view extension) {
 void writeWholeFile(const std::string& path, const std::function<void(std::ostream&)>& write,
                     std::string_view cannotOpen, std::string_view cannotWrite, std::string_view context) {
     bool begun = false;
-    const bool done = replaceFile(path, [&](std::ostream& out) {
+    const bool done = replaceFile(toUtf8(path), [&](std::ostream& out) {
         begun = true;
         write(out);
     });

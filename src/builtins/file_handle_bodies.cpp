@@ -62,6 +62,7 @@ void openFile(const Value& name, const DoubleValue* modeText, Value& out) {
     const int slot = files.freeSlot();
     const OpenMode mode = modeText ? OpenMode::parse(modeText->text()) : OpenMode();
     const std::string path = fullNameToOpen(name.text(), mode.extension);
+    Require(!mode.readsAndWrites, "ambiguous read/write mode string", "fopen");
     if (files.open(slot, path, mode) || (mode.write && !mode.append)) return out.assignDouble(slot);
     if (mode.failureIsError || !mode.failureIsQuiet) tellMissingFile(path);
     Require(!mode.failureIsError, path, "fopen");
@@ -79,6 +80,7 @@ void readFile(const Value& idValue, const DoubleValue* count, Value& out) {
     const int id = handleOf(idValue);
     FileHandles& files = fileHandles();
     files.requireReadable(id);
+    if (files.atEnd(id)) return makeEmpty(out);
     if (files.isBinary(id)) {
         const std::int64_t wanted = count ? countOf(scalarArgument(*count)) : 1;
         return readBytes(id, wanted, doubleResult(out, "fread"));

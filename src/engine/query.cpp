@@ -167,7 +167,7 @@ std::string firstWord(std::string_view line) {
 
 /// The lines of a file from one to another number, from 1.
 std::vector<std::string> linesOfFile(const std::string& path, int first, int last) {
-    std::ifstream in(path);
+    std::ifstream in(toUtf8(path));
     std::vector<std::string> lines;
     std::string line;
     for (int number = 1; number <= last && std::getline(in, line); ++number) {
@@ -231,7 +231,11 @@ std::string describeUserFunction(const UserFunc& function) {
 
 // ---- the question
 
-bool showsAsItStands(const Value& v) { return v.isNumericKind() && v.isString() && holdsMarkup(v.text()); }
+/// A string with braces or backslashes. Without them the other marks are plain
+/// text, and the string is shown like any value.
+bool showsAsItStands(const Value& v) {
+    return v.isNumericKind() && v.isString() && v.text().find_first_of("{}\\") != std::string::npos;
+}
 
 void showValue(const Value& v, ConsoleText& console) {
     if (v.isEmpty()) return;

@@ -48,7 +48,7 @@ OpenMode OpenMode::parse(std::string_view text) {
     mode.binary = holds(letters, 'b');
     mode.failureIsError = holds(letters, '!');
     mode.failureIsQuiet = holds(letters, 'q');
-    Require(!(mode.write && holds(letters, 'r')), "ambiguous read/write mode string", "fopen");
+    mode.readsAndWrites = mode.write && holds(letters, 'r');
     return mode;
 }
 

@@ -20,7 +20,8 @@ namespace vorpen {
 /// How a file is to be opened, as the mode text of the user says.
 struct OpenMode {
     bool binary = false;
-    bool write = false;  ///< also when appending
+    bool write = false;           ///< also when appending
+    bool readsAndWrites = false;  ///< no file is opened for both at once
     bool append = false;
     bool failureIsError = false;
     bool failureIsQuiet = false;
@@ -28,8 +29,6 @@ struct OpenMode {
 
     /// The letters may stand anywhere before the first "."; behind it follows
     /// the extension, which may be empty.
-    /// @throws RuntimeError attributed to "fopen" for reading and writing at
-    /// once.
     static OpenMode parse(std::string_view text);
 };
 

@@ -137,7 +137,8 @@ void AxisDrawing::drawMinorTicks() {
         for (int k = 0; k < axis_.count; ++k, decade *= 10)
             drawAcross(ticks(8, 2 * decade, decade, true, minorLength), gridColour);
     } else {
-        ticks(axis_.count * axis_.minors, axis_.first, axis_.minorStep, false, minorLength).draw(painter_);
+        const double first = axis_.first * axis_.minorStart;
+        ticks(axis_.count * axis_.minors, first, axis_.minorStep, false, minorLength).draw(painter_);
     }
 }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/encoding.h"
 #include "base/errors.h"
 #include "base/replace_file.h"
 #include "plot/figure_list.h"
@@ -172,7 +173,7 @@ void printFigure(Figure& figure, const std::string& path, const std::string& nam
     std::string text;
     figure.writeSvg(text);
     bool opened = false;
-    const bool written = replaceFile(path, [&](std::ostream& out) {
+    const bool written = replaceFile(toUtf8(path), [&](std::ostream& out) {
         opened = true;
         out.write(text.data(), static_cast<std::streamsize>(text.size()));
     });

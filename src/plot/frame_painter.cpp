@@ -12,9 +12,12 @@
 namespace vorpen {
 namespace {
 
-/// A length in dots; what is no number or too large is limited.
+/// The length of a bar or an error may be far beyond any surface. Lines between
+/// such places can still be followed in 64 bits.
+constexpr double longest = 1 << 26;
+
+/// A length in dots; what is no number is 0.
 int toLength(double pixels, double resolution) {
-    constexpr double longest = maxWidth;
     return std::isnan(pixels) ? 0 : static_cast<int>(std::clamp(pixels, -longest, longest) * resolution);
 }
 

@@ -83,8 +83,7 @@ TEST(PixelMask, WhatIsOutsideChangesNothingInside) {
     EXPECT_GT(countOf(narrow), 0);
 }
 
-TEST(PixelMask, WildPlacesAreHarmless) {
-    constexpr int low = std::numeric_limits<short>::min(), high = std::numeric_limits<short>::max();
+void drawWildly(int low, int high) {
     PixelMask mask;
     mask.reset(area);
     const std::vector<Pixel> wild{{low, low}, {high, high}, {low, high}, {high, low}, {4, 4},
@@ -112,6 +111,12 @@ TEST(PixelMask, WildPlacesAreHarmless) {
     tiny.polyline(wild);
     tiny.fillCircle({0, 0}, 5);
     EXPECT_EQ(countOf(tiny), 1);
+}
+
+TEST(PixelMask, WildPlacesAreHarmless) {
+    drawWildly(std::numeric_limits<short>::min(), std::numeric_limits<short>::max());
+    // The ends of the longest bars and errors where a pixel is four dots wide.
+    drawWildly(-(1 << 28), 1 << 28);
 }
 
 TEST(PixelMask, ALongCurveHasThePixelsOfItsLines) {
