@@ -470,8 +470,11 @@ void JMatrix<T>::erase(int irc, std::span<int> indices) {
     switch (irc) {
         case INDEX_ELEMENT: eraseElements(sorted); break;
         case INDEX_ROW:
-            transpose();
-            eraseColumns(sorted);
+            // Rows may be left that hold nothing, of a matrix that lost its columns.
+            if (size_ > 0) {
+                transpose();
+                eraseColumns(sorted);
+            }
             if (size_ > 0)
                 transpose();
             else

@@ -365,7 +365,7 @@ void MathMatrix<T>::crossProduct(const MathMatrix& right) {
     if (a.nrow_ != 3) a.transpose();
     if (b.nrow_ != 3) b.transpose();
     const int na = a.ncol(), nb = b.ncol();
-    if (na != nb && na != 1 && nb != 1) throw OperatorFailure{'^'};
+    if (na != nb && std::min(na, nb) != 1) throw OperatorFailure{'^'};
     const int n = std::max(na, nb);
     this->setShape(3, n);
     for (int c = 0; c < n; ++c)

@@ -300,6 +300,9 @@ TEST(Erase, TakesRowsAndColumnsOut) {
     all.erase(INDEX_COLUMN, both);
     EXPECT_EQ(all.size(), 0);
     EXPECT_EQ(all.nrow(), 2);
+    all.erase(INDEX_ROW, two);
+    EXPECT_EQ(all.size(), 0);
+    EXPECT_EQ(all.nrow(), 0);
 }
 
 TEST(Transpose, TurnsVectorsInPlaceAndMovesMatrices) {
