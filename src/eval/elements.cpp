@@ -158,7 +158,7 @@ Value* ToComplexElement::pValue(Value* workspace) {
 Value* UnaryOpElement::pValue(Value* workspace) {
     const Value* result = child(0)->pValue(workspace);
     if (result != workspace) workspace->assign(*result);
-    applyInPlace(op_, *workspace);
+    apply(*workspace);
     return workspace;
 }
 
@@ -167,8 +167,15 @@ Outcome UnaryOpElement::evaluate(Value* workspace) {
     if (outcome.isScalar())
         return Outcome::scalar(applyToNumber(op_, outcome.number, type() == INTEGER_VAL), outcome.mark());
     if (outcome.value() != workspace) workspace->assign(*outcome.value());
-    applyInPlace(op_, *workspace);
+    apply(*workspace);
     return outcomeOf(workspace);
+}
+
+void UnaryOpElement::apply(Value& operand) const {
+    if (type() != INTEGER_VAL || operand.valueType() != DOUBLE_VAL) return applyInPlace(op_, operand);
+    IntValue integers(asDouble(operand));
+    applyInPlace(op_, integers);
+    operand.copyFrom(integers);
 }
 
 }  // namespace vorpen

@@ -152,6 +152,9 @@ public:
     [[nodiscard]] Evaluatable& inner() const { return *child(0); }
 
 private:
+    /// Integers follow the rules of integers in a workspace of doubles too.
+    void apply(Value& operand) const;
+
     char op_;
 };
 

@@ -254,6 +254,13 @@ Value* GeneralFuncElement::evaluateArgument(Evaluatable& argument, Workspaces& w
 }
 
 void GeneralFuncElement::run(ExtraOutputs extraOutputs, Value& out) {
+    if (out.valueType() != type()) {
+        // A target of several is a double, whatever the body writes.
+        const std::unique_ptr<Value> result = newValue(type());
+        run(extraOutputs, *result);
+        out.copyFrom(*result);
+        return;
+    }
     withArguments([&](std::span<FuncArgument> arguments) { body_(arguments, extraOutputs, out); });
 }
 

@@ -71,7 +71,9 @@ Outcome UserFunc::settleQuickResult(Value* value, const QuickArguments& argument
     for (std::size_t i = 0; i < desc_.paramNames.size(); ++i) {
         if (value != &parameter(i)) continue;
         const Outcome argument = i == 0 ? arguments.first : arguments.second;
-        const bool isView = !argument.isScalar() && argument.value()->rawData() == value->rawData();
+        // Empty values have no data to share.
+        const bool isView =
+            !argument.isScalar() && !value->isEmpty() && argument.value()->rawData() == value->rawData();
         if (isView) return argument;
         asDouble(*workspace) = std::move(parameter(i));
         return Outcome::of(workspace);
