@@ -83,7 +83,9 @@ private:
 /// Makes the second form of a body; each way answers null where there is none.
 class BodyBuilder {
 public:
-    BodyBuilder(FrameSlots& slots, const Value& output) : slots_(slots), output_(slots.find(&output)) {}
+    /// The slot of the first output, and those of all outputs as bits.
+    BodyBuilder(FrameSlots& slots, int output, unsigned outputs)
+        : slots_(slots), output_(output), outputs_(outputs) {}
 
     NumberStatementPtr build(Statement& statement) {
         if (auto* block = dynamic_cast<BlockStm*>(&statement)) return buildBlock(*block);
@@ -97,8 +99,7 @@ public:
         return nullptr;
     }
 
-    [[nodiscard]] bool endsWithOutput() const { return output_ >= 0 && isAssigned(output_); }
-    [[nodiscard]] int output() const { return output_; }
+    [[nodiscard]] bool endsWithOutputs() const { return (slots_.assigned & outputs_) == outputs_; }
 
 private:
     /// Behind a return anything may be said of the slots.
@@ -138,9 +139,11 @@ private:
     NumberStatementPtr buildReturn(ReturnStm& statement) {
         NumberStatementPtr result;
         if (!statement.expression()) {
-            if (endsWithOutput()) result = std::make_unique<EndNode>();
-        } else if (output_ >= 0 && slots_.find(statement.lhs()) == output_) {
+            if (endsWithOutputs()) result = std::make_unique<EndNode>();
+        } else if (slots_.find(statement.lhs()) == output_) {
             result = buildStore<Flow::done>(output_, *statement.expression());
+            setAssigned(output_);
+            if (!endsWithOutputs()) return nullptr;
         }
         slots_.assigned = everything;
         return result;
@@ -174,6 +177,7 @@ private:
 
     FrameSlots& slots_;
     int output_;
+    unsigned outputs_;
 };
 
 }  // namespace
@@ -190,10 +194,17 @@ std::unique_ptr<NumberFunction> NumberFunction::compile(UserFunc& function, Stat
     }
     if (slots.find(&output) < 0 && !slots.add(&output)) return nullptr;
     slots.assigned = (1u << parameters) - 1;
-    BodyBuilder builder(slots, output);
+    const int first = slots.find(&output);
+    unsigned outputs = 1u << first;
+    for (const Value* other : function.otherOutputs()) {
+        const int slot = slots.find(other);
+        if (slot < 0) return nullptr;
+        outputs |= 1u << slot;
+    }
+    BodyBuilder builder(slots, first, outputs);
     auto compiled = builder.build(body);
-    if (!compiled || !builder.endsWithOutput()) return nullptr;
-    return std::make_unique<NumberFunction>(std::move(compiled), builder.output());
+    if (!compiled || !builder.endsWithOutputs()) return nullptr;
+    return std::make_unique<NumberFunction>(std::move(compiled), first);
 }
 
 }  // namespace vorpen

@@ -8,8 +8,9 @@
 // costs a few dozen machine instructions.
 //
 // Such a body is made of assignments to locals, conditions, blocks and
-// returns. Every local must have got its value before it is read, and the
-// output before the end, since what a former call left behind is not here.
+// returns. Every local must have got its value before it is read, and every
+// output before the end, since what a former call left behind is not here, nor
+// is anything left behind for a later one.
 // Anything else, and a step limit, a missing room or a value that is no number
 // at run time, makes the answer "not known"; the call then runs in the general
 // way from its start.

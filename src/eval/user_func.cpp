@@ -118,7 +118,9 @@ void UserFunc::describeCalls() {
         const bool shared = isParameter && (desc_.byReference >> i & 1u);
         if (value == output_ && !shared) outputIsMovable_ = true;
     }
-    if (plain_) {
+    // The general way refuses to run for each element what is no double.
+    const bool isRefused = quick && desc_.has(FUNCTION_VECTORISED) && quickBodyType_ != DOUBLE_VAL;
+    if (plain_ && !isRefused) {
         makesNumberFunction_ = true;
         numberFunction_ = NumberFunction::compile(*this, *body_, *output_);
         makesNumberFunction_ = false;

@@ -142,6 +142,8 @@ public:
     /// Parameters, then persistent locals, then the others.
     [[nodiscard]] std::span<const Local> locals() const { return locals_; }
     [[nodiscard]] int persistentCount() const { return persistentCount_; }
+    /// The outputs behind the first.
+    [[nodiscard]] std::span<Value* const> otherOutputs() const { return otherOutputs_; }
     /// Makes a local; it becomes an output when the name is that of one.
     Value* addLocal(std::string_view name, int type);
     /// Makes a persistent local with its first value; null when another local
