@@ -313,6 +313,10 @@ std::string joined(std::string text) {
 }
 
 Status look(const std::string& query) {
+    // No name of a subject with a property comes near; each of its words would be
+    // tried as the end of one.
+    constexpr std::size_t longestQuery = 500;
+    if (query.size() > longestQuery) return failed;
     const std::filesystem::path folder = findDataFolder("properties");
     if (folder.empty()) return failed;
     constexpr std::string_view formula = "formula ";
