@@ -230,11 +230,9 @@ void runOperation(const ArrayOperation& operation, double* target, double* block
                 target[i] = applyLogical(operation.code, a.items[a.one ? 0 : i], b.items[b.one ? 0 : i]);
             break;
         }
-        case ArrayOperation::call: {
-            const double* from = resolve(operation.a).items;
-            for (std::int64_t i = 0; i < n; ++i) target[i] = operation.body(from[i]);
+        case ArrayOperation::call:
+            applyFunction(operation.body, target, resolve(operation.a).items, n);
             break;
-        }
         case ArrayOperation::sineAndCosine: {
             double* other = blocks + operation.b.blockIndex * blockSize;
             const bool sineFirst = operation.body == ::sin;

@@ -95,7 +95,35 @@ void powerLoop(double* out, Operand a, Operand b, std::int64_t n) {
     loop([](double x, double y) { return std::pow(x, y); }, out, a, b, n);
 }
 
+VORPEN_MULTIVERSION void squareRootLoop(double* out, const double* x, std::int64_t n) {
+#pragma GCC ivdep
+    for (std::int64_t i = 0; i < n; ++i) out[i] = std::sqrt(x[i]);
+}
+
+VORPEN_MULTIVERSION void modulusLoop(double* out, const double* x, std::int64_t n) {
+#pragma GCC ivdep
+    for (std::int64_t i = 0; i < n; ++i) out[i] = std::fabs(x[i]);
+}
+
+VORPEN_MULTIVERSION void floorLoop(double* out, const double* x, std::int64_t n) {
+#pragma GCC ivdep
+    for (std::int64_t i = 0; i < n; ++i) out[i] = std::floor(x[i]);
+}
+
+VORPEN_MULTIVERSION void ceilingLoop(double* out, const double* x, std::int64_t n) {
+#pragma GCC ivdep
+    for (std::int64_t i = 0; i < n; ++i) out[i] = std::ceil(x[i]);
+}
+
 }  // namespace
+
+void applyFunction(double (*function)(double), double* out, const double* x, std::int64_t n) {
+    if (function == ::sqrt) return squareRootLoop(out, x, n);
+    if (function == ::fabs) return modulusLoop(out, x, n);
+    if (function == ::floor) return floorLoop(out, x, n);
+    if (function == ::ceil) return ceilingLoop(out, x, n);
+    for (std::int64_t i = 0; i < n; ++i) out[i] = function(x[i]);
+}
 
 void sineAndCosine(double* sines, double* cosines, const double* x, std::int64_t n) {
     for (std::int64_t i = 0; i < n; ++i) {

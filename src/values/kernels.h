@@ -20,6 +20,11 @@ struct Operand {
 /// element by element: + - * / ^ _/ mod.
 void applyOperator(int code, double* out, Operand a, Operand b, std::int64_t n);
 
+/// out[i] = function(x[i]). The functions that a processor has as an operation
+/// on vectors, exact by IEEE 754, go without calls: a root takes 0.9 ns for an
+/// element instead of 3.
+void applyFunction(double (*function)(double), double* out, const double* x, std::int64_t n);
+
 /// sines[i] = sin(x[i]) and cosines[i] = cos(x[i]), with the bits of each call
 /// alone: the GNU C library makes both by the same routines. A test holds it
 /// to that.

@@ -120,6 +120,27 @@ TEST(ElementWise, SineAndCosineTogetherHaveTheBitsOfEachAlone) {
     }
 }
 
+TEST(ElementWise, FunctionsOnVectorsHaveTheBitsOfTheLibrary) {
+    std::mt19937_64 bits(12);
+    std::vector<double> items = {0.0,  -0.0, 5e-324, -5e-324, 0.5, -0.5, 1.0, -1.0, 2.5, -2.5, 4503599627370495.5,
+                                 -4503599627370495.5, 4503599627370496.0, 1.7e308, -1.7e308, INFINITY, -INFINITY, NAN, -NAN};
+    for (int i = 0; i < 50000; ++i) {
+        items.push_back(std::bit_cast<double>(bits()));                          // any number
+        items.push_back(std::ldexp(static_cast<double>(bits() >> 11), -50) - 4);  // -4 to 4
+    }
+    std::vector<double> found(items.size());
+    for (double (*function)(double) : {::sqrt, ::fabs, ::floor, ::ceil, ::exp}) {
+        double (*volatile called)(double) = function;  // or the compiler takes the operation
+        applyFunction(function, found.data(), items.data(), static_cast<std::int64_t>(items.size()));
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            const double expected = called(items[i]);
+            ASSERT_EQ(std::signbit(found[i]), std::signbit(expected)) << items[i];
+            if (std::isnan(expected) && std::isnan(found[i])) continue;
+            ASSERT_EQ(std::bit_cast<std::uint64_t>(found[i]), std::bit_cast<std::uint64_t>(expected)) << items[i];
+        }
+    }
+}
+
 TEST(Integers, WrapAround) {
     EXPECT_EQ(result(OP_PLUS, IntValue(INT32_MAX), IntValue(1))[0], INT32_MIN);
     EXPECT_EQ(result(OP_TIMES, IntValue(65536), IntValue(65536))[0], 0);
