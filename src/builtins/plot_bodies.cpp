@@ -44,12 +44,13 @@ private:
         return next_ < arguments_.size() && arguments_[next_].value && isText(*arguments_[next_].value);
     }
 
-    /// The strings from here on, each followed by a blank.
-    std::string takeStyle() {
+    /// The strings from here on, joined.
+    std::string takeStyle(std::string_view behindEach = "") {
         std::string style;
         for (; atText(); ++next_) {
             const std::string part = arguments_[next_].value->text();
-            style += (filling_ ? fillStyle(part) : part) + ' ';
+            style += filling_ ? fillStyle(part) : part;
+            style += behindEach;
         }
         return style.empty() && filling_ ? "#" : style;
     }
@@ -92,7 +93,7 @@ private:
         std::vector<double> x(static_cast<std::size_t>(matrix.ncol()));
         for (std::size_t k = 0; k < x.size(); ++k)
             x[k] = numbers.items()[k * static_cast<std::size_t>(matrix.nrow())];
-        addRows(x, numbers.value(), 1, takeStyle());
+        addRows(x, numbers.value(), 1, takeStyle(" "));
     }
 
     void setLimits(const Value& limits) {
