@@ -329,6 +329,7 @@ void IndexedAnyAssignStm::exe() {
         if (lists[k].isBool()) {
             Require(lists[k].size() == d, "invalid mask size", "lhs");
             maskToIndices(lists[k]);
+            Require(!lists[k].isEmpty() || item->isEmpty(), "empty lhs index with non-empty rhs", "lhs");
         } else {
             Require(indicesWithin(lists[k], d), "index out of bounds", "lhs");
         }

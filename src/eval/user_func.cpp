@@ -29,6 +29,7 @@ void UserFunc::resetFunction(FunctionDesc desc) {
     plain_ = false;
     output_ = nullptr;
     inferredOutput_.reset();
+    hasBareReturn_ = false;
     framed_.clear();
     locals_.clear();
     persistentCount_ = 0;
@@ -91,6 +92,14 @@ void UserFunc::finishFunction(StatementPtr body) {
     describeCalls();
 }
 
+/// True when no call can end without a `return` that stores its value.
+bool UserFunc::alwaysReturnsValue() const {
+    if (hasBareReturn_) return false;
+    const Statement* last = body_.get();
+    if (auto* block = dynamic_cast<BlockStm*>(body_.get())) last = block->statements().back().get();
+    return dynamic_cast<const ReturnStm*>(last) != nullptr;
+}
+
 void UserFunc::describeCalls() {
     const auto isDouble = [](int kind) { return kind == DOUBLE_VAL; };
     plain_ = desc_.byReference == 0 && std::ranges::all_of(desc_.paramKinds, isDouble) &&
@@ -107,7 +116,8 @@ void UserFunc::describeCalls() {
     for (int i = 0; quick && i < parameterCount(); ++i) inputs_[i] = &asDouble(*locals_[i].value);
 
     bodyRun_ = RunnableBody(*body_);
-    outputIsMovable_ = output_ == inferredOutput_.get();
+    // It is no local, so a call that stores nothing answers what it holds.
+    outputIsMovable_ = output_ == inferredOutput_.get() && alwaysReturnsValue();
     framed_.clear();
     for (int i = 0; i < static_cast<int>(locals_.size()); ++i) {
         Value* value = locals_[i].value.get();

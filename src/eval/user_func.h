@@ -151,6 +151,8 @@ public:
     Value* addPersistent(std::string_view name, double value);
     /// The value that `return` stores to, made when there is none yet.
     Value& returnTarget();
+    /// A `return` stands in the body that stores nothing.
+    void noteBareReturn() { hasBareReturn_ = true; }
     /// Takes the body, infers the output and looks for outputs that nothing
     /// sets. Fails with a SyntaxError.
     void finishFunction(StatementPtr body);
@@ -235,6 +237,7 @@ private:
             usedNumberFunction_ = nullptr;
     }
     void inferOutput();
+    [[nodiscard]] bool alwaysReturnsValue() const;
     void describeCalls();
 
     [[noreturn]] void failWithoutBody() const;
@@ -285,7 +288,8 @@ private:
     bool quickBodyIsPure_ = false;
     int quickBodyType_ = DOUBLE_VAL;
     DoubleValue* inputs_[2] = {};  ///< the parameters of a quick function
-    bool outputIsMovable_ = true;  ///< it is not persistent and not shared with a caller
+    bool hasBareReturn_ = false;
+    bool outputIsMovable_ = true;  ///< nobody but the caller will read what a call has left in it
     bool enteredAgain_ = false;    ///< a failure came out of a quick call below another one
     StatementPtr body_;
     RunnableBody bodyRun_;

@@ -405,7 +405,9 @@ public:
         }
     }
 
+    /// Also behind a failure, for what had been taken before it.
     void deliver() {
+        if (!first_) return;
         out_.assign(*first_);
         for (std::size_t k = 0; k < others_.size(); ++k) (*extraOutputs_)[k]->assign(*others_[k]);
     }
@@ -457,6 +459,7 @@ void UserFunc::call(std::span<FuncArgument> arguments, ExtraOutputs extraOutputs
         references.undoAfterFailure();
         unwind();
         references.putBack();
+        results.deliver();
         throw;
     }
     end();

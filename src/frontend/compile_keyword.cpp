@@ -119,7 +119,10 @@ StatementPtr StatementCompiler::compileReturn() {
     if (!function) failToCompile("stray 'return' keyword");
     removeDisplay(tokens);
     tokens.erase(tokens.begin());
-    if (tokens.empty()) return std::make_unique<ReturnStm>(keywordLine, nullptr, nullptr);
+    if (tokens.empty()) {
+        function->noteBareReturn();
+        return std::make_unique<ReturnStm>(keywordLine, nullptr, nullptr);
+    }
 
     Value& target = function->returnTarget();
     makeLeadingSignUnary(tokens);
