@@ -136,8 +136,10 @@ void Dir::load(const std::string& directory, Host& host) {
     std::int32_t count = 0;
     std::optional<std::string> text;
     if (readLittleEndian(in, count)) text = readCountedString(in);
-    if (text && isAbsolutePath(*text) && fileKind(*text) == FileKind::directory)
+    if (text && isAbsolutePath(*text) && fileKind(*text) == FileKind::directory) {
         current_ = withoutTrailingSeparator(withSeparator(*text, systemSeparator), systemSeparator);
+        recent_.insert(current_);  // there may have been no room for its record
+    }
     for (std::int32_t i = 0; text && i < count; ++i) {
         text = readCountedString(in);
         if (text && !text->empty()) recent_.insert(*text);

@@ -25,7 +25,7 @@ constexpr double smallestPivot = 1e-40;
 constexpr std::size_t panelWidth = 16;
 
 /// From this order on the BLAS is used; below, the loops are faster than
-/// loading it, and the results are those of the plain method to the bit.
+/// loading it, and the factors are those of the plain method to the bit.
 constexpr std::size_t blasOrder = 128;
 
 /// Columns of the inverse of a triangle that are made together.

@@ -351,6 +351,18 @@ TEST_F(DirTest, StoredDirectoryComesBack) {
     EXPECT_EQ(host_.boxes, Names{});
 }
 
+TEST_F(DirTest, StoredDirectoryIsARecentOneAlthoughItsRecordHadNoRoom) {
+    fs::create_directories(folder_ + "/sub");
+    for (int i = 10; i < 35; ++i) paths_.setCurrent("/" + std::to_string(i));
+    paths_.setCurrent(folder_ + "/sub");
+    paths_.save(folder_);
+    Dir other(folder_);
+    other.load(folder_, host_);
+    EXPECT_EQ(other.current(), folder_ + "/sub");
+    EXPECT_TRUE(other.recent().contains(folder_ + "/sub"));
+    EXPECT_EQ(other.recent().size(), 22u);
+}
+
 TEST_F(DirTest, MissingOrDamagedPathFile) {
     const Names problem = {"vorpen startup: problem loading path list"};
     paths_.load(folder_ + "/nowhere", host_);
