@@ -339,6 +339,8 @@ void MathMatrix<T>::matrixProduct(const MathMatrix& right, bool transposeLeft) {
 template <class T>
 void MathMatrix<T>::tensorProduct(const MathMatrix& right) {
     if (this->isEmpty()) return this->clear();
+    // Blocks without elements add nothing to the first of them.
+    if (right.isEmpty()) return this->copyFrom(right);
     const int rowsA = this->nrow_, colsA = this->ncol(), rowsB = right.nrow_, colsB = right.ncol();
     const std::int64_t rows = std::int64_t{rowsA} * rowsB;
     MathMatrix result(this->valueType());

@@ -244,6 +244,16 @@ TEST(TensorProduct, IsBuiltFromScaledBlocks) {
     EXPECT_TRUE(empty.isEmpty());
 }
 
+TEST(TensorProduct, BlocksWithoutElementsJoinToOneOfThem) {
+    DoubleValue column(1.0), rowsOnly;
+    column.fill(2, 2, 1.0);
+    rowsOnly.setSizeShapeMark(0, 3, FORM_STRING);
+    column.tensorProduct(rowsOnly);
+    EXPECT_TRUE(column.isEmpty());
+    EXPECT_EQ(column.nrow(), 3);
+    EXPECT_TRUE(column.isString());
+}
+
 TEST(CrossProduct, OfTriplesKeepsTheLeftOrientation) {
     IntValue a = integers({1, 2, 3}, 1);
     a.crossProduct(integers({4, 5, 6}, 3));
