@@ -231,7 +231,6 @@ StatementPtr StatementCompiler::compileMultipleAssignment() {
     removeDisplay(tokens);
     if (tokens.size() < 3) failToCompile("missing rhs");
     if (!tokens[2].is(TOK_NAME) && !tokens[2].is(TOK_BRACKET, ']')) failToCompile("invalid or missing rhs");
-    const std::vector<ListedName> names = nameList(tokens.front().items, false);
     std::size_t start = 2;
     if (tokens[2].is(TOK_BRACKET)) {
         // The values are the arguments of a call.
@@ -243,6 +242,7 @@ StatementPtr StatementCompiler::compileMultipleAssignment() {
     const ElementKind kind = call->elementKind();
     if (kind != ElementKind::generalFunction && kind != ElementKind::userFunction)
         failToCompile("invalid rhs for multiple assignment");
+    const std::vector<ListedName> names = nameList(tokens.front().items, false);
     if (kind == ElementKind::userFunction &&
         static_cast<int>(names.size()) > static_cast<UserCallElement&>(*call).function().outputCount())
         failToCompile("too many output arguments");

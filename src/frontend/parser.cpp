@@ -104,6 +104,9 @@ void prepareIndex(EvaluatablePtr& index) {
     truncatePart(index);
 }
 
+/// The bracket of m[i,:] or m[:,j].
+bool isLineOfMatrix(const Token& token) { return token.is(TOK_BACKSLASH) && !token.items.empty(); }
+
 bool separatesArguments(const Token& token) {
     return token.is(TOK_SPACE) || token.is(TOK_ROW) || token.is(TOK_SEP, ',') || token.is(TOK_SEP, ';');
 }
@@ -322,7 +325,7 @@ ParsedIndex Parser::parseIndex(Value& target, char code, std::span<Token> tokens
         if (symbol.isFunction() && backslash)
             throw SyntaxError{"'var\\func' is not allowed (insert a space or use a bracket)."};
         if (symbol.isFunction() && !(symbol.builtin && symbol.builtin->has(END_OF_INDEX))) return result;
-    } else if (!index.is(TOK_INT) && !index.is(TOK_BRACKET) && index.items.empty()) {
+    } else if (!index.is(TOK_INT) && !index.is(TOK_BRACKET) && !isLineOfMatrix(index)) {
         throw SyntaxError{dotted ? "the dot must be followed by an integer or a name or a bracket"
                                  : "incorrect use of backslash"};
     }
