@@ -15,6 +15,7 @@
 #include "engine/query.h"
 #include "engine/session.h"
 #include "eval/run_state.h"
+#include "eval/stack_room.h"
 #include "frontend/function_declaration.h"
 #include "frontend/parser.h"
 #include "numerics/gsl_errors.h"
@@ -262,6 +263,8 @@ void Calc::printMessage(const std::string& message) {
 }
 
 void Calc::evaluateText(const std::string& text, DoubleValue& out) {
+    // A text may evaluate itself.
+    Require(stackHasRoom(), "max recursion depth exceeded", "eval");
     try {
         resources_.beginInput();
         OneLine noFurtherLines;

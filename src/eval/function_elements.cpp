@@ -214,9 +214,11 @@ SimpleFunctorElement::SimpleFunctorElement(EvaluatablePtr parameters, Evaluatabl
 Value* SimpleFunctorElement::pValue(Value* workspace) {
     Require(child(1) != nullptr, "function missing a parameter");
     const auto& points = asDouble(*child(1)->pValue(workspace));
-    shapeLike(*workspace, points);
     DoubleValue local;
-    body_(asDouble(*child(0)->pValue(&local)), points, asDouble(*workspace));
+    const auto& parameters = asDouble(*child(0)->pValue(&local));
+    // The parameters may have changed the variable that holds the points.
+    shapeLike(*workspace, points);
+    body_(parameters, points, asDouble(*workspace));
     workspace->setMark(FORM_NUMERIC);
     return workspace;
 }
