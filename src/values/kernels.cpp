@@ -95,24 +95,26 @@ void powerLoop(double* out, Operand a, Operand b, std::int64_t n) {
     loop([](double x, double y) { return std::pow(x, y); }, out, a, b, n);
 }
 
-VORPEN_MULTIVERSION void squareRootLoop(double* out, const double* x, std::int64_t n) {
+template <class Function>
+[[gnu::always_inline]] inline void eachOf(Function function, double* out, const double* x, std::int64_t n) {
 #pragma GCC ivdep
-    for (std::int64_t i = 0; i < n; ++i) out[i] = std::sqrt(x[i]);
+    for (std::int64_t i = 0; i < n; ++i) out[i] = function(x[i]);
+}
+
+VORPEN_MULTIVERSION void squareRootLoop(double* out, const double* x, std::int64_t n) {
+    eachOf([](double item) { return std::sqrt(item); }, out, x, n);
 }
 
 VORPEN_MULTIVERSION void modulusLoop(double* out, const double* x, std::int64_t n) {
-#pragma GCC ivdep
-    for (std::int64_t i = 0; i < n; ++i) out[i] = std::fabs(x[i]);
+    eachOf([](double item) { return std::fabs(item); }, out, x, n);
 }
 
 VORPEN_MULTIVERSION void floorLoop(double* out, const double* x, std::int64_t n) {
-#pragma GCC ivdep
-    for (std::int64_t i = 0; i < n; ++i) out[i] = std::floor(x[i]);
+    eachOf([](double item) { return std::floor(item); }, out, x, n);
 }
 
 VORPEN_MULTIVERSION void ceilingLoop(double* out, const double* x, std::int64_t n) {
-#pragma GCC ivdep
-    for (std::int64_t i = 0; i < n; ++i) out[i] = std::ceil(x[i]);
+    eachOf([](double item) { return std::ceil(item); }, out, x, n);
 }
 
 }  // namespace
