@@ -128,10 +128,12 @@ void ConsoleWindow::interrupt() {
     runState().interrupt();
 }
 
-/// Other programs keep the keyboard when they have it.
+/// Other programs keep the keyboard when they have it, and so does another
+/// console: its user has gone on there while a line ran here.
 bool ConsoleWindow::takeFocus(bool toTop) {
     if (toTop) raise();
-    if (!isActiveWindow() && (toTop || QApplication::activeWindow())) activateWindow();
+    const QWidget* active = QApplication::activeWindow();
+    if (active != this && (toTop || (active && !dynamic_cast<const ConsoleWindow*>(active)))) activateWindow();
     return true;
 }
 

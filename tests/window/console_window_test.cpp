@@ -826,6 +826,20 @@ TEST_F(ConsoleWindowTest, theOneWithTheKeyboardIsCurrent) {
     }
 }
 
+TEST_F(ConsoleWindowTest, aLineThatEndsLeavesTheKeyboardToTheOther) {
+    choose(COMMAND_LAUNCH);
+    ConsoleWindow& second = *desktop->consoles().back();
+    for (ConsoleWindow* const chosen : {&window(), &second}) {
+        second.activateWindow();
+        later([&] { chosen->activateWindow(); }, 50);
+        typeInto(&second.client(), "pause(150); x=2;\n");
+        QApplication::processEvents();
+        QApplication::processEvents();
+        EXPECT_TRUE(chosen->isActiveWindow());
+        EXPECT_EQ(Calc::current(), &chosen->calc());
+    }
+}
+
 TEST_F(ConsoleWindowTest, aDebuggerGoesWithItsConsole) {
     choose(COMMAND_LAUNCH);
     ConsoleWindow& second = *desktop->consoles().back();
